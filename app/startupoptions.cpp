@@ -1,0 +1,87 @@
+#include "app/startupoptions.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr char kExpert[] = "-expert";
+constexpr char kUiPort[] = "-uiport:";
+constexpr char kLog[] = "-l";
+constexpr char kLogLevel[] = "-l:";
+constexpr char kTarget[] = "-target:";
+
+void readUiPort(const QString &argument, StartupOptions &options,
+                const std::function<void()> &invalidPortWarning)
+{
+    if (argument == QLatin1String(kUiPort)) {
+        invalidPortWarning();
+        return;
+    }
+    // Scanned as a C long and kept in 32 bits: a sign, digits, anything after them ignored.
+    long scanned = -1;
+    std::sscanf(argument.toLocal8Bit().constData(), "-uiport:%ld", &scanned);
+    const auto value = static_cast<qint32>(scanned);
+    if (static_cast<quint32>(value) > 65535u) {
+        invalidPortWarning();
+        return;
+    }
+    options.uiPort = value;
+    options.serverMode = true;
+}
+
+void readLogLevel(const QString &argument, StartupOptions &options)
+{
+    int threshold = 0;
+    if (std::sscanf(argument.toLocal8Bit().constData(), "-l:%d", &threshold) != 1)
+        return;
+    options.logThreshold = threshold;
+    if (threshold >= 0)
+        options.loggingRequested = true;
+}
+
+} // namespace
+
+StartupOptions parseStartupArguments(const QStringList &arguments,
+                                     const std::function<void()> &invalidPortWarning)
+{
+    StartupOptions options;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString &argument = arguments.at(i);
+        if (argument == QLatin1String(kExpert))
+            options.expert = true;
+        else if (argument.startsWith(QLatin1String(kUiPort)))
+            readUiPort(argument, options, invalidPortWarning);
+        else if (argument == QLatin1String(kLog))
+            options.loggingRequested = true;
+        else if (argument.startsWith(QLatin1String(kLogLevel)))
+            readLogLevel(argument, options);
+        else if (argument.startsWith(QLatin1String(kTarget)))
+            options.target = argument.mid(int(sizeof kTarget) - 1);
+    }
+    return options;
+}
+
+TargetSpec splitTargetSpec(const QString &text)
+{
+    TargetSpec spec;
+    QString rest = text;
+    if (rest.startsWith(QLatin1Char('['))) {
+        const qsizetype close = rest.indexOf(QLatin1Char(']'));
+        if (close < 0) {
+            spec.host = rest;
+            return spec;
+        }
+        spec.host = rest.mid(1, close - 1);
+        rest = rest.mid(close + 1);
+        if (rest.startsWith(QLatin1Char(':')))
+            rest.remove(0, 1);
+    } else {
+        const qsizetype colon = rest.indexOf(QLatin1Char(':'));
+        spec.host = rest.left(colon);
+        rest = colon < 0 ? QString() : rest.mid(colon + 1);
+    }
+    const QStringList ports = rest.split(QLatin1Char(':'));
+    spec.udpPort = ports.value(0);
+    spec.tcpPort = ports.mid(1).join(QLatin1Char(':'));
+    return spec;
+}

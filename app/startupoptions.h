@@ -1,0 +1,34 @@
+// What the command line asks for: expert mode, server mode with its port, logging with its
+// threshold, and a device to point the tool at.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+struct StartupOptions
+{
+    bool expert = false;
+    bool serverMode = false;
+    qint32 uiPort = 0;
+    bool loggingRequested = false;
+    qint32 logThreshold = 0;
+    QString target; // text after "-target:", checked by the main window
+};
+
+// Reads the arguments after the program name, in order. An unusable "-uiport:" calls
+// invalidPortWarning (which shows the warning box) and changes nothing else; arguments that fit no
+// form are ignored.
+[[nodiscard]] StartupOptions parseStartupArguments(const QStringList &arguments,
+                                                   const std::function<void()> &invalidPortWarning);
+
+// A "-target:" text split into its parts: HOST[:UDPPORT[:TCPPORT]], with an IPv6 host written in
+// brackets. Empty parts mean "leave as it is".
+struct TargetSpec
+{
+    QString host;
+    QString udpPort;
+    QString tcpPort;
+};
+[[nodiscard]] TargetSpec splitTargetSpec(const QString &text);

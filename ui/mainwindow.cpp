@@ -1,0 +1,200 @@
+#include "ui/mainwindow.h"
+
+#include "app/productinfo.h"
+#include "app/report.h"
+#include "app/startupoptions.h"
+#include "app/validators.h"
+#include "settings/generaltab.h"
+#include "settings/udptab.h"
+#include "tcp/tcptab.h"
+#include "ui/aboutdialog.h"
+#include "ui_mainwindow.h"
+#include "wren/wrenagent.h"
+
+#include <QAbstractSocket>
+#include <QAction>
+#include <QDateTime>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QTranslator>
+
+namespace {
+
+MainWindow *g_currentWindow = nullptr;
+
+constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
+
+} // namespace
+
+MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation,
+                       QWidget *parent, const QString &presetTarget)
+    : QMainWindow(parent), m_ui(new Ui::MainWindow), m_expert(expert), m_serverMode(serverMode),
+      m_uiPort(uiPort)
+{
+    g_currentWindow = this;
+    if (!noTranslation)
+        loadTranslation();
+
+    m_aboutAction = new QAction(QStringLiteral("About"), this);
+    connect(m_aboutAction, &QAction::triggered, this, &MainWindow::actionAbout_triggered);
+
+    m_ui->setupUi(this);
+    QFont normal = font();
+    normal.setWeight(QFont::Normal);
+    setFont(normal);
+
+    connect(this, &MainWindow::showResult, this, &MainWindow::onShowResult);
+    connect(this, &MainWindow::showError, this, &MainWindow::onShowError);
+    setReportTarget(this);
+
+    initTabs(presetTarget);
+    connectTabs();
+
+    m_animationShortcut = new QShortcut(QKeySequence(QString::fromLatin1(kAnimationKeys)), this);
+    m_animationShortcut->setContext(Qt::WindowShortcut);
+    connect(m_animationShortcut, &QShortcut::activated, m_ui->graphicsView,
+            &LogoView::StartAnimation);
+
+    m_ui->graphicsView->StartAnimation();
+    m_ui->menuHelp->addAction(m_aboutAction);
+    m_ui->ProductLabel->setText(productText());
+}
+
+MainWindow::~MainWindow()
+{
+    if (reportTarget() == this)
+        setReportTarget(nullptr);
+    if (g_currentWindow == this)
+        g_currentWindow = nullptr;
+    delete m_ui;
+}
+
+MainWindow *MainWindow::current()
+{
+    return g_currentWindow;
+}
+
+GeneralTab *MainWindow::generalTab() const
+{
+    return m_ui->generalTab;
+}
+
+UDPTab *MainWindow::udpTab() const
+{
+    return m_ui->udpTab;
+}
+
+TCPTab *MainWindow::tcpTab() const
+{
+    return m_ui->tcpTab;
+}
+
+void MainWindow::loadTranslation()
+{
+    auto *translator = new QTranslator(qApp);
+    (void)translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(),
+                           QString(), QString(), QString());
+    qApp->installTranslator(translator);
+
+    // Qt's own texts (message box buttons, file dialogs) in the same language.
+    auto *qtTranslator = new QTranslator(qApp);
+    if (qtTranslator->load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                           QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        qApp->installTranslator(qtTranslator);
+}
+
+void MainWindow::initTabs(const QString &presetTarget)
+{
+    qRegisterMetaType<QAbstractSocket::SocketError>();
+    qRegisterMetaType<MavixSetting>("MavixSetting");
+
+    m_agent = new WrenAgent(this);
+    generalTab()->setAgent(m_agent);
+    udpTab()->setAgent(m_agent);
+    udpTab()->setExpertMode(m_expert);
+
+    setErrorTitle(tr("Error"));
+
+    applyPresetTarget(presetTarget);
+    generalTab()->applyTargetFields(true);
+    tcpTab()->applyTargetSettingChange(MavixSetting::current());
+}
+
+// "-target:HOST[:UDPPORT[:TCPPORT]]" fills the General tab's target fields before the first apply.
+// Any invalid part is reported and the fields are left as they were.
+void MainWindow::applyPresetTarget(const QString &presetTarget)
+{
+    if (presetTarget.isEmpty())
+        return;
+    const TargetSpec spec = splitTargetSpec(presetTarget);
+    QStringList problems;
+    if (!isValidIPAddress(spec.host))
+        problems << tr("IP address is invalid");
+    if (!spec.udpPort.isEmpty() && !isValidPort(spec.udpPort))
+        problems << tr("UDP Port number must be 0 to 65535");
+    if (!spec.tcpPort.isEmpty() && !isValidPort(spec.tcpPort))
+        problems << tr("TCP Port number must be 0 to 65535");
+    if (!problems.isEmpty()) {
+        for (const QString &problem : problems)
+            reportError(tr("-target:%1 is ignored: %2").arg(presetTarget, problem));
+        return;
+    }
+    generalTab()->setTargetFields(spec.host, spec.tcpPort, spec.udpPort);
+}
+
+void MainWindow::connectTabs()
+{
+    LogoView *logo = m_ui->graphicsView;
+    connect(generalTab(), &GeneralTab::targetSettingChanged, udpTab(),
+            &UDPTab::applyTargetSettingChange);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, tcpTab(),
+            &TCPTab::applyTargetSettingChange);
+
+    connect(generalTab(), &GeneralTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(generalTab(), &GeneralTab::transmissionFailed, logo, &LogoView::CloseEye);
+    connect(udpTab(), &UDPTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(udpTab(), &UDPTab::transmissionFailed, logo, &LogoView::CloseEye);
+    connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
+    connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
+
+    connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+}
+
+void MainWindow::regetNetworkInfo(int index)
+{
+    Q_UNUSED(index)
+    generalTab()->applyTargetFields(true);
+    tcpTab()->applyTargetSettingChange(MavixSetting::current());
+}
+
+void MainWindow::actionAbout_triggered()
+{
+    AboutDialog dialog(nullptr);
+    dialog.exec();
+}
+
+void MainWindow::onShowResult(const QString &text)
+{
+    const QString line = QStringLiteral("%1 | %2").arg(
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")), text);
+    appendMessage(QStringLiteral("<br><span style=\"color:#0000c0;\">%1</span>").arg(line));
+}
+
+void MainWindow::onShowError(const QString &text)
+{
+    const QString line = tr("%1 | Error:%2").arg(
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")), text);
+    appendMessage(QStringLiteral("<br><span style=\"color:#ff0000;\">%1</span>").arg(line));
+}
+
+// Messages are inserted as rich text on purpose: a tab may use markup to stress a word.
+void MainWindow::appendMessage(const QString &html)
+{
+    QTextEdit *area = m_ui->errorLabel;
+    area->moveCursor(QTextCursor::End);
+    area->insertHtml(html);
+    area->moveCursor(QTextCursor::End);
+    area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+}

@@ -1,0 +1,61 @@
+// The program's only top-level window: the working tabs, the logo, the message area in which every
+// result and error is shown, and the Help menu. It creates the one register-access agent and wires
+// the tabs to each other and to the logo.
+#pragma once
+
+#include "settings/mavixsetting.h"
+
+#include <QMainWindow>
+
+namespace Ui {
+class MainWindow;
+}
+class GeneralTab;
+class QAction;
+class QShortcut;
+class TCPTab;
+class UDPTab;
+class WrenAgent;
+
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation,
+               QWidget *parent = nullptr, const QString &presetTarget = QString());
+    ~MainWindow() override;
+
+    static MainWindow *current();
+
+    // Tabs, for the parts of the program and the tests that drive them
+    [[nodiscard]] GeneralTab *generalTab() const;
+    [[nodiscard]] UDPTab *udpTab() const;
+    [[nodiscard]] TCPTab *tcpTab() const;
+    [[nodiscard]] WrenAgent *agent() const { return m_agent; }
+
+signals:
+    void showResult(QString text);
+    void showError(QString text);
+
+public slots:
+    void regetNetworkInfo(int index);
+    void actionAbout_triggered();
+    void onShowResult(const QString &text);
+    void onShowError(const QString &text);
+
+private:
+    void loadTranslation();
+    void initTabs(const QString &presetTarget);
+    void applyPresetTarget(const QString &presetTarget);
+    void connectTabs();
+    void appendMessage(const QString &html);
+
+    Ui::MainWindow *m_ui = nullptr;
+    WrenAgent *m_agent = nullptr;
+    bool m_expert = false;
+    bool m_serverMode = false;
+    int m_uiPort = 0;
+    QShortcut *m_animationShortcut = nullptr;
+    QAction *m_aboutAction = nullptr;
+};
