@@ -39,10 +39,16 @@ quint64 currentThreadId()
 
 QByteArray buildLine(const char *word, const char *file, unsigned line, const QByteArray &text)
 {
-    QByteArray out = QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.zzz")).toLatin1();
-    out += QByteArray::asprintf(" %25s:%4u %8s [%4s] ", file, line,
-                                QByteArray("0x" + QByteArray::number(currentThreadId(), 16)).constData(),
-                                word);
+    const QByteArray stamp =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.zzz")).toLatin1();
+    char thread[24];
+    std::snprintf(thread, sizeof thread, "0x%llx", static_cast<unsigned long long>(currentThreadId()));
+    char head[512];
+    const int headSize = std::snprintf(head, sizeof head, "%s %25s:%4u %8s [%4s] ", stamp.constData(),
+                                       file, line, thread, word);
+    QByteArray out;
+    out.reserve(headSize + text.size() + 1);
+    out.append(head, qMin<int>(headSize, int(sizeof head) - 1));
     out += text;
     out += '\n';
     return out;

@@ -46,10 +46,10 @@ void tst_Validators::fields_data()
     QTest::addRow("address nine digits") << address << "100000000" << false;
     QTest::addRow("address not hex") << address << "12G4" << false;
 
-    const Validator disconnect = isValidDisconnectTimeout;
-    QTest::addRow("disconnect 16677125") << disconnect << "16677125" << true;
-    QTest::addRow("disconnect 16677126") << disconnect << "16677126" << false;
-    QTest::addRow("disconnect negative") << disconnect << "-256" << false;
+    const Validator timeout = isValidDisconnectTimeout;
+    QTest::addRow("disconnect 16677125") << timeout << "16677125" << true;
+    QTest::addRow("disconnect 16677126") << timeout << "16677126" << false;
+    QTest::addRow("disconnect negative") << timeout << "-256" << false;
 
     const Validator mac = isValidMACAddress;
     QTest::addRow("mac six parts") << mac << "02:00:C0:A8:00:10" << true;

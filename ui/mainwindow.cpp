@@ -26,6 +26,22 @@ MainWindow *g_currentWindow = nullptr;
 
 constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
 
+// Qt reads "Ctrl+Shift+A+N+I" as one unknown key. What the user does is hold Ctrl+Shift and type
+// A, N, I, so the text becomes the three-chord sequence Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I.
+QKeySequence animationKeySequence()
+{
+    const QStringList parts = QString::fromLatin1(kAnimationKeys).split(QLatin1Char('+'));
+    QStringList modifiers;
+    QStringList chords;
+    for (const QString &part : parts) {
+        if (part.size() > 1)
+            modifiers << part;
+        else
+            chords << (modifiers + QStringList{part}).join(QLatin1Char('+'));
+    }
+    return QKeySequence::fromString(chords.join(QStringLiteral(", ")), QKeySequence::PortableText);
+}
+
 } // namespace
 
 MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation,
@@ -52,7 +68,7 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
     initTabs(presetTarget);
     connectTabs();
 
-    m_animationShortcut = new QShortcut(QKeySequence(QString::fromLatin1(kAnimationKeys)), this);
+    m_animationShortcut = new QShortcut(animationKeySequence(), this);
     m_animationShortcut->setContext(Qt::WindowShortcut);
     connect(m_animationShortcut, &QShortcut::activated, m_ui->graphicsView,
             &LogoView::StartAnimation);
