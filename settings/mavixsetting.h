@@ -27,7 +27,10 @@ public:
 
     // Presentation helpers shared by the report and the detailed settings form.
     [[nodiscard]] QString macAddressText() const; // "02:00:C0:A8:00:10"
-    [[nodiscard]] quint32 tcpTimeoutDisconnectMs() const { return quint32(tcpTimeoutDisconnect256Ms) << 8; }
+    [[nodiscard]] quint32 tcpTimeoutDisconnectMs() const
+    {
+        return quint32(tcpTimeoutDisconnect256Ms) << 8;
+    }
 
     // The program-wide current target: which device every part talks to.
     // Thread-safe: the transfer worker reads it while the GUI thread sets it.

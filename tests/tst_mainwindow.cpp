@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
+#include <QMenu>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -39,7 +40,7 @@ private slots:
 
 private:
     MainWindow *window() const { return m_context->mainWindow(); }
-    QTextEdit *messageArea() const { return window()->findChild<QTextEdit *>("errorLabel"); }
+    QTextEdit *area() const { return window()->findChild<QTextEdit *>("errorLabel"); }
     void build(const QString &presetTarget);
 
     std::unique_ptr<AppContext> m_context;
@@ -85,7 +86,7 @@ void tst_MainWindow::windowFrame()
     QVERIFY(window()->findChild<LogoView *>("graphicsView"));
     QVERIFY(window()->findChild<QWidget *>("splitter"));
     QVERIFY(window()->findChild<QWidget *>("logLabel"));
-    QCOMPARE(messageArea()->minimumHeight(), 30);
+    QCOMPARE(area()->minimumHeight(), 30);
     auto *help = window()->findChild<QMenu *>("menuHelp");
     QVERIFY(help);
     QCOMPARE(help->title(), QStringLiteral("Help"));
@@ -117,19 +118,19 @@ void tst_MainWindow::messageArea()
         reportResult(text);
     QCoreApplication::processEvents();
 
-    const QString plain = messageArea()->toPlainText();
+    const QString plain = area()->toPlainText();
     const QRegularExpression entry(QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)") +
                                    QRegularExpression::escape(shown) + QLatin1Char('$'));
     QVERIFY2(entry.match(plain).hasMatch(), qPrintable(plain));
-    QVERIFY(messageArea()->toHtml().contains(QStringLiteral("color:") + colour));
+    QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
 }
 
 void tst_MainWindow::markupIsInterpreted()
 {
     reportResult(QStringLiteral("<b>bold</b> word"));
     QCoreApplication::processEvents();
-    QVERIFY(messageArea()->toPlainText().endsWith(QStringLiteral("bold word")));
-    QVERIFY(messageArea()->toHtml().contains(QStringLiteral("font-weight")));
+    QVERIFY(area()->toPlainText().endsWith(QStringLiteral("bold word")));
+    QVERIFY(area()->toHtml().contains(QStringLiteral("font-weight")));
 }
 
 void tst_MainWindow::newestEntryIsScrolledIntoView()
@@ -138,7 +139,7 @@ void tst_MainWindow::newestEntryIsScrolledIntoView()
     for (int i = 0; i < 200; ++i)
         reportResult(QStringLiteral("entry %1").arg(i));
     QCoreApplication::processEvents();
-    QScrollBar *bar = messageArea()->verticalScrollBar();
+    QScrollBar *bar = area()->verticalScrollBar();
     QVERIFY(bar->maximum() > 0);
     QCOMPARE(bar->value(), bar->maximum());
 }
@@ -181,7 +182,7 @@ void tst_MainWindow::presetTarget()
     QTEST(field("GenTargetIPAddressTextarea"), "ip");
     QTEST(field("GenTargetUDPPortTextarea"), "udp");
     QTEST(field("GenTargetTCPPortTextarea"), "tcp");
-    QCOMPARE(messageArea()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
+    QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
     if (!reported)
         QCOMPARE(MavixSetting::current().ipAddress, field("GenTargetIPAddressTextarea"));
 }
@@ -198,7 +199,7 @@ void tst_MainWindow::tabChangeReappliesTarget()
     tabs->setCurrentIndex(2);
     tabs->setCurrentIndex(0);
     QCoreApplication::processEvents();
-    QCOMPARE(messageArea()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
+    QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
     QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
 }
 

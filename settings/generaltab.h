@@ -1,0 +1,97 @@
+// The General tab: reads the device's network settings from the running or EEPROM copy and writes
+// a new IP address, TCP data port and UDP port. Its target fields say which device the shared
+// register-access agent talks to.
+#pragma once
+
+#include "settings/mavixsetting.h"
+
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace Ui {
+class GeneralTab;
+}
+class QCheckBox;
+class QLineEdit;
+class WrenAgent;
+
+class GeneralTab : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit GeneralTab(QWidget *parent = nullptr);
+    ~GeneralTab() override;
+
+    // Hands over the shared agent (not owned); the tab is ready from then on.
+    void setAgent(WrenAgent *agent);
+    [[nodiscard]] bool isReady() const;
+
+    // Target fields
+    // Validates the three target fields; when all pass, stores them in the current target setting
+    // and points the agent at the IP address and UDP port.
+    bool applyTargetFields(bool reportErrors);
+    // Fills the target fields; an empty text leaves its field as it is.
+    void setTargetFields(const QString &ip, const QString &tcpPort, const QString &udpPort);
+    [[nodiscard]] QString targetIPAddressText() const;
+    [[nodiscard]] QString targetTCPPortText() const;
+    [[nodiscard]] QString targetUDPPortText() const;
+
+    // EEPROM Access
+    [[nodiscard]] QCheckBox *eepromAccessCheckbox() const { return m_eepromAccess; }
+    [[nodiscard]] bool isEEPROMAccessChecked() const;
+    void setEEPROMAccessChecked(bool checked);
+
+signals:
+    void targetSettingChanged(MavixSetting setting);
+    void transmissionFailed();
+    void transmissionSuccessed();
+
+public slots:
+    void applyTargetSettingChange(MavixSetting setting);
+    void readDeviceInformation();
+    void writeDeviceInformation();
+    virtual void resetDeviceInformation();
+
+protected:
+    // For a derived tab that builds its own form and hands over its widgets.
+    struct WithoutForm
+    {
+    };
+    struct TargetWidgets
+    {
+        QLineEdit *ipAddress = nullptr;
+        QLineEdit *tcpPort = nullptr;
+        QLineEdit *udpPort = nullptr;
+        QCheckBox *eepromAccess = nullptr;
+    };
+    GeneralTab(WithoutForm, QWidget *parent);
+    void setTargetWidgets(const TargetWidgets &widgets);
+
+    // Moving a record into and out of the form.
+    virtual void showSetting(const MavixSetting &setting);
+    // The record to write: `base` (decoded from the image just read) with the form's values.
+    // Empty when a field is invalid; the reasons have been reported.
+    [[nodiscard]] virtual std::optional<MavixSetting> recordFromFields(const MavixSetting &base);
+
+private:
+    void connectForm();
+    [[nodiscard]] quint32 imageBase() const;
+    [[nodiscard]] std::optional<QByteArray> readImage(quint32 address);
+    [[nodiscard]] bool writePermissionByte(quint8 value, const QString &timeoutMessage);
+    [[nodiscard]] bool writeImage(quint32 base, const QByteArray &image,
+                                  const MavixSetting &record);
+    [[nodiscard]] bool confirmUdpPortChange(const MavixSetting &record);
+    [[nodiscard]] bool runWriteSequence(const MavixSetting &record,
+                                        const QByteArray &imageReadBefore);
+    void followWrittenTarget(const MavixSetting &record);
+
+    std::unique_ptr<Ui::GeneralTab> m_ui;
+    WrenAgent *m_agent = nullptr;
+    QLineEdit *m_targetIPAddress = nullptr;
+    QLineEdit *m_targetTCPPort = nullptr;
+    QLineEdit *m_targetUDPPort = nullptr;
+    QCheckBox *m_eepromAccess = nullptr;
+};

@@ -1,0 +1,242 @@
+#include "settings/mavixsetting.h"
+
+#include "app/report.h"
+#include "app/validators.h"
+
+#include <QHostAddress>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QtEndian>
+
+namespace {
+
+// Offsets inside the 64-byte settings image.
+constexpr int kFlagsOffset = 16;
+constexpr quint8 kKeepAliveMask = 0x04;
+constexpr int kMacOffset = 18;
+constexpr int kIpOffset = 24;
+constexpr int kTcpDataPortOffset = 28;
+constexpr int kTcpCommandPortOffset = 30;
+constexpr int kMaxSegmentSizeOffset = 32;
+constexpr int kUdpPortOffset = 34;
+constexpr int kKeepAliveBufferNotEmptyOffset = 36;
+constexpr int kKeepAliveBufferEmptyOffset = 38;
+constexpr int kTimeoutConnectingOffset = 40;
+constexpr int kTimeoutDisconnectOffset = 42;
+constexpr int kReconnectIntervalOffset = 44;
+constexpr int kRetransmissionTimerOffset = 46;
+
+constexpr quint32 kPortLimit = 65536;
+constexpr quint32 kByteLimit = 256;
+constexpr quint32 kDisconnectTimeoutLimitMs = 16677126;
+
+quint16 readU16(const QByteArray &image, int offset)
+{
+    return qFromBigEndian<quint16>(image.constData() + offset);
+}
+
+void writeU16(QByteArray &image, int offset, quint16 value)
+{
+    qToBigEndian<quint16>(value, image.data() + offset);
+}
+
+// Unsigned decimal conversion: "-1" does not convert, so it is refused rather than wrapped.
+bool parseDecimalBelow(const QString &text, quint32 limit, quint32 *value)
+{
+    bool ok = false;
+    const qulonglong converted = text.toULongLong(&ok, 10);
+    if (!ok || converted >= limit)
+        return false;
+    if (value)
+        *value = quint32(converted);
+    return true;
+}
+
+struct CurrentTarget
+{
+    QMutex mutex;
+    MavixSetting setting;
+};
+
+CurrentTarget &currentTarget()
+{
+    static CurrentTarget target;
+    return target;
+}
+
+// Queued connections by signature ("targetSettingChanged(MavixSetting)") need the name registered
+// before the first emission, whoever emits first.
+[[maybe_unused]] const bool g_metaTypeRegistered = [] {
+    MavixSetting::registerMetaType();
+    return true;
+}();
+
+} // namespace
+
+void MavixSetting::decode(const QByteArray &image)
+{
+    if (image.size() < kImageSize) {
+        reportError(tr("Mavix Setting buffer is too small"));
+        return;
+    }
+    const auto byteAt = [&image](int offset) { return quint8(image.at(offset)); };
+    const auto octet = [&byteAt](int offset) { return uint(byteAt(offset)); };
+
+    ipAddress = QStringLiteral("%1.%2.%3.%4")
+                    .arg(octet(kIpOffset))
+                    .arg(octet(kIpOffset + 1))
+                    .arg(octet(kIpOffset + 2))
+                    .arg(octet(kIpOffset + 3));
+    tcpDataPort = readU16(image, kTcpDataPortOffset);
+    udpPort = readU16(image, kUdpPortOffset);
+    for (int i = 0; i < int(macAddress.size()); ++i)
+        macAddress[size_t(i)] = byteAt(kMacOffset + i);
+    tcpCommandPort = readU16(image, kTcpCommandPortOffset);
+    tcpMaxSegmentSize = readU16(image, kMaxSegmentSizeOffset);
+    tcpKeepAliveBufferNotEmptyMs = readU16(image, kKeepAliveBufferNotEmptyOffset);
+    tcpKeepAliveBufferEmptyMs = readU16(image, kKeepAliveBufferEmptyOffset);
+    tcpTimeoutConnectingMs = readU16(image, kTimeoutConnectingOffset);
+    tcpTimeoutDisconnect256Ms = readU16(image, kTimeoutDisconnectOffset);
+    tcpReconnectIntervalMs = readU16(image, kReconnectIntervalOffset);
+    tcpRetransmissionTimerMs = readU16(image, kRetransmissionTimerOffset);
+    tcpKeepAliveEnabled = (byteAt(kFlagsOffset) & kKeepAliveMask) != 0;
+}
+
+QByteArray MavixSetting::encode(const QByteArray &imageReadBefore) const
+{
+    QByteArray image = imageReadBefore;
+    if (image.size() < kImageSize)
+        image.append(QByteArray(kImageSize - image.size(), '\0'));
+
+    quint8 flags = quint8(image.at(kFlagsOffset));
+    flags = tcpKeepAliveEnabled ? quint8(flags | kKeepAliveMask) : quint8(flags & ~kKeepAliveMask);
+    image[kFlagsOffset] = char(flags);
+
+    qToBigEndian<quint32>(QHostAddress(ipAddress).toIPv4Address(), image.data() + kIpOffset);
+    writeU16(image, kTcpDataPortOffset, tcpDataPort);
+    writeU16(image, kTcpCommandPortOffset, tcpCommandPort);
+    writeU16(image, kMaxSegmentSizeOffset, tcpMaxSegmentSize);
+    writeU16(image, kUdpPortOffset, udpPort);
+    writeU16(image, kKeepAliveBufferNotEmptyOffset, tcpKeepAliveBufferNotEmptyMs);
+    writeU16(image, kKeepAliveBufferEmptyOffset, tcpKeepAliveBufferEmptyMs);
+    writeU16(image, kTimeoutConnectingOffset, tcpTimeoutConnectingMs);
+    writeU16(image, kTimeoutDisconnectOffset, tcpTimeoutDisconnect256Ms);
+    writeU16(image, kReconnectIntervalOffset, tcpReconnectIntervalMs);
+    writeU16(image, kRetransmissionTimerOffset, tcpRetransmissionTimerMs);
+    // The MAC bytes are left as read: the device's MAC address is never rewritten from here.
+    return image;
+}
+
+QString MavixSetting::macAddressText() const
+{
+    return QStringLiteral("%1:%2:%3:%4:%5:%6")
+        .arg(uint(macAddress[0]), 2, 16, QLatin1Char('0'))
+        .arg(uint(macAddress[1]), 2, 16, QLatin1Char('0'))
+        .arg(uint(macAddress[2]), 2, 16, QLatin1Char('0'))
+        .arg(uint(macAddress[3]), 2, 16, QLatin1Char('0'))
+        .arg(uint(macAddress[4]), 2, 16, QLatin1Char('0'))
+        .arg(uint(macAddress[5]), 2, 16, QLatin1Char('0'))
+        .toUpper();
+}
+
+QString MavixSetting::textReport() const
+{
+    const QString line = QStringLiteral("%1 : %2 \r\n");
+    const QString timeLine = QStringLiteral("%1 : %2 msec\r\n");
+    const QString lastLine = QStringLiteral("%1 : %2 msec");
+
+    QString report;
+    report += line.arg(tr("MAC Address"), macAddressText());
+    report += line.arg(tr("IP Address"), ipAddress);
+    report += line.arg(tr("TCP Data Port")).arg(tcpDataPort);
+    report += line.arg(tr("TCP Command Port")).arg(tcpCommandPort);
+    report += line.arg(tr("UDP Port")).arg(udpPort);
+    report += line.arg(tr("TCP Max Segment Size")).arg(tcpMaxSegmentSize);
+    report +=
+        line.arg(tr("TCP Keep Alive Enabled"), tcpKeepAliveEnabled ? tr("enable") : tr("disable"));
+    report +=
+        timeLine.arg(tr("TCP Keep Alive(buffer not empty)")).arg(tcpKeepAliveBufferNotEmptyMs);
+    report += timeLine.arg(tr("TCP Keep Alive(buffer empty)")).arg(tcpKeepAliveBufferEmptyMs);
+    report += timeLine.arg(tr("TCP Timeout(Connecting)")).arg(tcpTimeoutConnectingMs);
+    report += timeLine.arg(tr("TCP Timeout(Disconnect)")).arg(tcpTimeoutDisconnectMs());
+    report += timeLine.arg(tr("TCP Re-Connect Interval")).arg(tcpReconnectIntervalMs);
+    report += lastLine.arg(tr("TCP Re-Transmition Timer")).arg(tcpRetransmissionTimerMs);
+    return report;
+}
+
+MavixSetting MavixSetting::current()
+{
+    CurrentTarget &target = currentTarget();
+    QMutexLocker locker(&target.mutex);
+    return target.setting;
+}
+
+void MavixSetting::setCurrent(const MavixSetting &setting)
+{
+    CurrentTarget &target = currentTarget();
+    QMutexLocker locker(&target.mutex);
+    target.setting = setting;
+}
+
+void MavixSetting::registerMetaType()
+{
+    qRegisterMetaType<MavixSetting>("MavixSetting");
+}
+
+bool MavixSetting::validateTarget(const QString &ip, const QString &tcpPort, const QString &udpPort,
+                                  bool reportErrors)
+{
+    bool valid = true;
+    const auto check = [&valid, reportErrors](bool passed, const QString &message) {
+        if (passed)
+            return;
+        valid = false;
+        if (reportErrors)
+            reportError(message);
+    };
+    check(parseIP(ip), tr("IP address is invalid"));
+    check(ip != QLatin1String("0.0.0.0"), tr("0.0.0.0 is invalid"));
+    check(ip != QLatin1String("255.255.255.255"), tr("255.255.255.255 is invalid"));
+    check(parsePort(tcpPort, nullptr), tr("TCP Port number must be 0 to 65535"));
+    check(parsePort(udpPort, nullptr), tr("UDP Port number must be 0 to 65535"));
+    return valid;
+}
+
+bool MavixSetting::parsePort(const QString &text, quint16 *value)
+{
+    quint32 converted = 0;
+    if (!parseDecimalBelow(text, kPortLimit, &converted))
+        return false;
+    if (value)
+        *value = quint16(converted);
+    return true;
+}
+
+bool MavixSetting::parseByte(const QString &text, quint8 *value)
+{
+    quint32 converted = 0;
+    if (!parseDecimalBelow(text, kByteLimit, &converted))
+        return false;
+    if (value)
+        *value = quint8(converted);
+    return true;
+}
+
+bool MavixSetting::parseIP(const QString &text)
+{
+    return isValidIPAddress(text);
+}
+
+bool MavixSetting::parseHex32(const QString &text, quint32 *value)
+{
+    if (!isValidRegisterAddress(text))
+        return false;
+    if (value)
+        *value = text.toUInt(nullptr, 16);
+    return true;
+}
+
+bool MavixSetting::parseDisconnectTimeout(const QString &text, quint32 *valueMs)
+{
+    return parseDecimalBelow(text, kDisconnectTimeoutLimitMs, valueMs);
+}
