@@ -1,0 +1,61 @@
+#include "sim/signalwatcher.h"
+
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+// One watcher a process: the handler can reach only static state.
+int g_signalSockets[2] = {-1, -1};
+} // namespace
+
+SignalWatcher::SignalWatcher(QObject *parent) : QObject(parent)
+{
+    if (g_signalSockets[0] >= 0 ||
+        ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_signalSockets) != 0)
+        return;
+    struct sigaction action = {};
+    action.sa_handler = &SignalWatcher::handle;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    if (::sigaction(SIGINT, &action, nullptr) != 0 || ::sigaction(SIGTERM, &action, nullptr) != 0) {
+        closeSockets();
+        return;
+    }
+    m_notifier = new QSocketNotifier(g_signalSockets[1], QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &SignalWatcher::readSignal);
+}
+
+SignalWatcher::~SignalWatcher()
+{
+    if (!m_notifier)
+        return;
+    ::signal(SIGINT, SIG_DFL);
+    ::signal(SIGTERM, SIG_DFL);
+    delete m_notifier;
+    closeSockets();
+}
+
+void SignalWatcher::closeSockets()
+{
+    for (int &fd : g_signalSockets) {
+        if (fd >= 0)
+            ::close(fd);
+        fd = -1;
+    }
+}
+
+void SignalWatcher::handle(int signalNumber)
+{
+    const char number = char(signalNumber);
+    [[maybe_unused]] const ssize_t written = ::write(g_signalSockets[0], &number, 1);
+}
+
+void SignalWatcher::readSignal()
+{
+    char number = 0;
+    if (::read(g_signalSockets[1], &number, 1) == 1)
+        emit signalReceived(number);
+}

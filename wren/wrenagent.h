@@ -1,0 +1,52 @@
+// The one register-access client: sends one WREN request over UDP, waits synchronously for the
+// single reply, checks it in a fixed order and returns its data or throws WrenError.
+#pragma once
+
+#include "wren/wrenerror.h"
+
+#include <QByteArray>
+#include <QHostAddress>
+#include <QObject>
+
+class QUdpSocket;
+class WrenPacket;
+
+// Time-out every caller passes to an access.
+inline constexpr int kAccessTimeoutMs = 10000;
+
+class WrenAgent : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int kAccessTimeoutMs = ::kAccessTimeoutMs;
+
+    explicit WrenAgent(QObject *parent = nullptr);
+
+    // Target: a new port replaces the socket, a new address alone keeps it.
+    void setTarget(const QHostAddress &address, quint16 udpPort);
+    [[nodiscard]] QHostAddress targetAddress() const { return m_targetAddress; }
+    [[nodiscard]] quint16 targetPort() const { return m_targetPort; }
+    // Local port of the current socket, 0 while there is none or it is unbound.
+    [[nodiscard]] quint16 localPort() const;
+
+    // Accesses; both block for at most timeoutMs and throw WrenError on a failed reply.
+    QByteArray write(quint32 address, const QByteArray &data, int timeoutMs, bool remote = false);
+    QByteArray read(quint32 address, quint8 length, int timeoutMs, bool remote = false);
+
+signals:
+    void writeErrorOccured(quint8 packetId);
+    void readErrorOccured(quint8 packetId);
+
+private:
+    [[nodiscard]] quint8 takePacketId();
+    [[nodiscard]] bool send(const WrenPacket &request);
+    [[nodiscard]] QByteArray receivePending();
+    QByteArray checkReply(const WrenPacket &request, QByteArray received);
+    [[noreturn]] void fail(const WrenPacket &reply, quint32 code);
+
+    quint32 m_packetIdCounter = 0;
+    QUdpSocket *m_socket = nullptr;
+    QHostAddress m_targetAddress{QHostAddress::LocalHost};
+    quint16 m_targetPort = 0;
+};
