@@ -1,0 +1,201 @@
+// How long the GUI event loop can be held up while the receive dialog shows a full-rate stream.
+//
+// The emulator's data port streams its pattern without end at full speed on a thread of its own;
+// the transfer worker receives on its thread; the receive dialog shows the data on the GUI thread.
+// A 10 ms timer on the GUI thread records how late each of its ticks comes. The same receive with
+// "Show Data" off is the baseline. Prints the longest and the 99th-percentile stall of each run,
+// the bytes received, and as its last line the ratio of the longest stall with display to the one
+// without.
+#include "app/appmodel.h"
+#include "settings/mavixsetting.h"
+#include "sim/simdataport.h"
+#include "tcp/tcpoutputoption.h"
+#include "tcp/tcprecvinfodlg.h"
+#include "tcp/tcpthread.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+constexpr int kTickMs = 10;
+constexpr int kRunMs = 5000;
+constexpr int kStateWaitMs = 15000;
+
+struct StallFigures
+{
+    const char *name = "";
+    double maxMs = 0;
+    double p99Ms = 0;
+    qint64 bytes = 0;
+    qint64 lines = 0;
+    int ticks = 0;
+};
+
+// Runs the event loop until `done` holds or `timeoutMs` passes; false on time-out.
+template <typename Condition> bool waitUntil(Condition done, int timeoutMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::usleep(500);
+    }
+    return true;
+}
+
+void setDisplay(TCPRecvInfoDlg *dialog, bool show, bool hex)
+{
+    auto *showBox = dialog->findChild<QCheckBox *>(QStringLiteral("DataShowCheckbox"));
+    auto *hexBox = dialog->findChild<QCheckBox *>(QStringLiteral("ShowHexCheckbox"));
+    showBox->setChecked(show);
+    hexBox->setChecked(hex);
+    dialog->applyShowDataFlag(show); // what a click on the box does
+}
+
+bool measure(TCPRecvInfoDlg *dialog, TCPThread *worker, StallFigures *figures)
+{
+    qint64 received = 0;
+    const QMetaObject::Connection progress = QObject::connect(
+        worker, &TCPThread::recvProgress, dialog, [&received](qint64 bytes) { received = bytes; });
+
+    dialog->beginReceive();
+    if (!waitUntil([worker] { return worker->recvStatus() == TS_RUN; }, kStateWaitMs)) {
+        std::fprintf(stderr, "%s: receiving did not start\n", figures->name);
+        return false;
+    }
+
+    std::vector<double> latenessMs;
+    latenessMs.reserve(kRunMs / kTickMs + 16);
+    QElapsedTimer clock;
+    QTimer ticker;
+    ticker.setTimerType(Qt::PreciseTimer);
+    ticker.setInterval(kTickMs);
+    qint64 lastTickNs = 0;
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        const qint64 now = clock.nsecsElapsed();
+        latenessMs.push_back(std::max(0.0, double(now - lastTickNs) / 1e6 - kTickMs));
+        lastTickNs = now;
+    });
+    QEventLoop loop;
+    QTimer::singleShot(kRunMs, &loop, &QEventLoop::quit);
+    clock.start();
+    ticker.start();
+    loop.exec();
+    ticker.stop();
+
+    dialog->stopReceive();
+    auto *recvButton = dialog->findChild<QPushButton *>(QStringLiteral("RecvButton"));
+    const bool stopped = waitUntil(
+        [worker, recvButton] {
+            return worker->recvStatus() == TS_STOP && !worker->hasSocket() &&
+                   recvButton->isEnabled();
+        },
+        kStateWaitMs);
+    QObject::disconnect(progress);
+    if (!stopped) {
+        std::fprintf(stderr, "%s: the connection did not close\n", figures->name);
+        return false;
+    }
+
+    std::sort(latenessMs.begin(), latenessMs.end());
+    figures->ticks = int(latenessMs.size());
+    figures->maxMs = latenessMs.empty() ? 0 : latenessMs.back();
+    figures->p99Ms =
+        latenessMs.empty() ? 0 : latenessMs[size_t(double(latenessMs.size() - 1) * 0.99)];
+    figures->bytes = received;
+    figures->lines =
+        dialog->findChild<QPlainTextEdit *>(QStringLiteral("DataTextarea"))->blockCount();
+    return true;
+}
+
+void print(const StallFigures &f)
+{
+    std::printf("%-22s max stall %7.1f ms   p99 %6.1f ms   ticks %4d   received %11lld bytes "
+                "(%7.1f MB/s)   lines kept %lld\n",
+                f.name, f.maxMs, f.p99Ms, f.ticks, static_cast<long long>(f.bytes),
+                double(f.bytes) / 1e6 / (kRunMs / 1000.0), static_cast<long long>(f.lines));
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    registerThreadMetaTypes();
+
+    AppModel model;
+    QThread workerThread;
+    workerThread.start();
+    auto *worker = new TCPThread(&workerThread);
+
+    auto *port = new SimDataPort;
+    port->setMode(SimDataPort::Mode::Source);
+    port->setSourceBytes(-1);
+    port->setSourceRate(0);
+    port->setKeepOpen(true);
+    port->setHashing(false);
+    const quint16 portNumber = port->start(QHostAddress::LocalHost, 0);
+    if (portNumber == 0) {
+        std::fprintf(stderr, "data port: %s\n", qPrintable(port->errorString()));
+        return 1;
+    }
+    MavixSetting target;
+    target.ipAddress = QStringLiteral("127.0.0.1");
+    target.tcpDataPort = portNumber;
+    MavixSetting::setCurrent(target);
+
+    auto *dialog = new TCPRecvInfoDlg;
+    dialog->resize(640, 480);
+    dialog->show();
+
+    std::printf("GUI event loop stall while receiving a full-rate stream for %d ms "
+                "(timer of %d ms)\n",
+                kRunMs, kTickMs);
+    StallFigures off{"show data off", 0, 0, 0, 0, 0};
+    StallFigures raw{"show data (text)", 0, 0, 0, 0, 0};
+    StallFigures hex{"show data (hex)", 0, 0, 0, 0, 0};
+    bool ok = true;
+    setDisplay(dialog, false, false);
+    ok = ok && measure(dialog, worker, &off);
+    if (ok)
+        print(off);
+    setDisplay(dialog, true, false);
+    ok = ok && measure(dialog, worker, &raw);
+    if (ok)
+        print(raw);
+    setDisplay(dialog, true, true);
+    ok = ok && measure(dialog, worker, &hex);
+    if (ok)
+        print(hex);
+
+    delete dialog;
+    port->stop();
+    delete port;
+    workerThread.quit();
+    workerThread.wait();
+    delete worker;
+    if (!ok)
+        return 1;
+
+    const double withDisplay = std::max(raw.maxMs, hex.maxMs);
+    // A baseline below a millisecond is timer noise; compare against 1 ms then.
+    const double baseline = std::max(off.maxMs, 1.0);
+    std::printf("longest stall with display %.1f ms (goal < 100 ms), without %.1f ms\n",
+                withDisplay, off.maxMs);
+    std::printf("ratio: %.2f\n", withDisplay / baseline);
+    return 0;
+}

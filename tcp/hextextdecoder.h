@@ -1,0 +1,18 @@
+// Turns hex text back into bytes for sending a hex format file: every hex digit is a nibble, the
+// first of a pair the high one; everything else (blanks, line ends, separators) is skipped. A
+// half-built byte waits for its partner in the next chunk.
+#pragma once
+
+#include <QByteArray>
+
+class HexTextDecoder
+{
+public:
+    // Appends the completed bytes of `text` to `out`.
+    void decode(const char *text, qsizetype size, QByteArray *out);
+    void reset() { m_highNibble = -1; }
+    [[nodiscard]] bool hasHalfByte() const { return m_highNibble >= 0; }
+
+private:
+    int m_highNibble = -1;
+};

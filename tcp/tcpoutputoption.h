@@ -1,0 +1,80 @@
+// Settings of one direction of the TCP data transfer: the file, the display flags, whether the
+// file is hex text, and the output format that lays bytes out as hex text. The GUI edits it; the
+// transfer worker reads it from its own thread, so every member is guarded.
+#pragma once
+
+#include "tcp/hexlayout.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QMutex>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+class TCPOutputOption : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Kinds
+    static constexpr int kKindRecv = 0;
+    static constexpr int kKindSend = 1;
+    // Display modes of the receive option; the send option uses kDisplayOff / kDisplayHex.
+    static constexpr int kDisplayOff = 0;
+    static constexpr int kDisplayText = 1;
+    static constexpr int kDisplayHex = 2;
+    // Line ends of the hex text: the receive side writes CR LF, the send display a bare LF.
+    static constexpr char kRecvLineEnd[] = "\r\n";
+    static constexpr char kSendLineEnd[] = "\n";
+
+    static QString defaultFormat();
+
+    TCPOutputOption(int kind, QObject *parent = nullptr);
+
+    [[nodiscard]] int kind() const { return m_kind; }
+
+    // Display
+    [[nodiscard]] int displayMode() const { return m_displayMode.load(); }
+    void setDisplayMode(int mode) { m_displayMode.store(mode); }
+    [[nodiscard]] bool showData() const { return displayMode() != kDisplayOff; }
+    void setShowData(bool flag) { setDisplayMode(flag ? kDisplayHex : kDisplayOff); }
+
+    // Hex text file: the send file is hex text / the receive file is written as hex text.
+    [[nodiscard]] bool useHexFile() const { return m_useHexFile.load(); }
+    void setUseHexFile(bool flag) { m_useHexFile.store(flag); }
+
+    // Format
+    [[nodiscard]] QString format() const;
+    bool setFormat(const QString &text);
+    [[nodiscard]] int bytesPerLine() const;
+    [[nodiscard]] QStringList formatItems() const;
+    [[nodiscard]] HexLayout layout() const;
+
+    // Rendering with the current format; `position` counts the bytes rendered so far.
+    [[nodiscard]] QByteArray render(const QByteArray &bytes, qint64 *position,
+                                    const char *lineEnd) const;
+
+    // File
+    [[nodiscard]] QString fileName() const;
+    bool setFileName(const QString &name);
+
+    // Bytes a UTF-8 character takes, from its first byte: 0 for a continuation byte, -1 for a
+    // byte that cannot start one.
+    [[nodiscard]] static int utf8CharLength(char leadByte);
+
+signals:
+    void formatChanged();
+
+private:
+    [[nodiscard]] bool canOpen(const QString &name) const;
+
+    const int m_kind;
+    std::atomic<int> m_displayMode{kDisplayOff};
+    std::atomic<bool> m_useHexFile{false};
+    mutable QMutex m_mutex; // guards the layout and the file name
+    HexLayout m_layout;
+    QFile m_file;
+};

@@ -1,0 +1,324 @@
+#include "tcp/tcprecvinfodlg.h"
+
+#include "app/appmodel.h"
+#include "app/log.h"
+#include "app/report.h"
+#include "tcp/tcpoutputoption.h"
+#include "tcp/transferfigures.h"
+#include "ui_tcprecvinfodlg.h"
+
+#include <QFontDatabase>
+#include <QMetaObject>
+#include <QMutexLocker>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTimer>
+
+namespace {
+
+constexpr int kDisplayOff = TCPOutputOption::kDisplayOff;
+constexpr int kDisplayText = TCPOutputOption::kDisplayText;
+constexpr int kDisplayHex = TCPOutputOption::kDisplayHex;
+
+// QTextCursor takes every one of these as the end of a paragraph; turning them into line feeds
+// lets the display count line lengths on a single kind of line end.
+QString withLineFeeds(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    for (QChar &ch : text) {
+        if (ch == QLatin1Char('\r') || ch == QChar::ParagraphSeparator || ch.unicode() == 0xFDD0 ||
+            ch.unicode() == 0xFDD1)
+            ch = QLatin1Char('\n');
+    }
+    return text;
+}
+
+} // namespace
+
+TCPRecvInfoDlg::TCPRecvInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::TCPRecvInfoDlg)
+{
+    m_ui->setupUi(this);
+    setModal(false);
+    for (QLineEdit *field : {m_ui->SizeTextarea, m_ui->TimeTextarea, m_ui->RateTextarea}) {
+        QFont font = field->font();
+        font.setStyleHint(QFont::Monospace);
+        field->setFont(font);
+    }
+    m_ui->DataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_ui->DataTextarea->setMaximumBlockCount(kMaximumLineCount);
+
+    if (TCPThread *worker = TCPThread::instance())
+        m_status = worker->recvStatus();
+
+    m_progressTimer = new QTimer(this);
+    m_progressTimer->setObjectName(QStringLiteral("progressTimer"));
+    m_progressTimer->setInterval(kProgressIntervalMs);
+    connectForm();
+    connectWorker();
+    m_progressTimer->start();
+
+    m_ui->RecvButton->setEnabled(m_status == TS_STOP);
+    m_ui->StopButton->setEnabled(m_status == TS_RUN);
+    refreshWidgetStates();
+}
+
+TCPRecvInfoDlg::~TCPRecvInfoDlg() = default;
+
+void TCPRecvInfoDlg::connectForm()
+{
+    connect(m_ui->RecvButton, &QPushButton::clicked, this, &TCPRecvInfoDlg::beginReceive);
+    connect(m_ui->StopButton, &QPushButton::clicked, this, &TCPRecvInfoDlg::stopReceive);
+    connect(m_ui->DataShowCheckbox, &QCheckBox::clicked, this, &TCPRecvInfoDlg::applyShowDataFlag);
+    connect(m_ui->ShowHexCheckbox, &QCheckBox::clicked, this, &TCPRecvInfoDlg::applyShowHexFlag);
+    connect(m_ui->FormatTextarea, &QLineEdit::textChanged, this, &TCPRecvInfoDlg::applyFormat);
+    connect(m_ui->ClearButton, &QPushButton::clicked, m_ui->DataTextarea, &QPlainTextEdit::clear);
+    connect(m_progressTimer, &QTimer::timeout, this, &TCPRecvInfoDlg::progressUpdateTimeout);
+}
+
+// The worker lives on its own thread: these connections are queued.
+void TCPRecvInfoDlg::connectWorker()
+{
+    if (TCPThread *worker = TCPThread::instance()) {
+        connect(worker, &TCPThread::recvStatusChanged, this, &TCPRecvInfoDlg::onRecvStatusChanged);
+        connect(worker, &TCPThread::recvProgress, this, &TCPRecvInfoDlg::showProgress);
+        connect(worker, &TCPThread::recvStringAdded, this, &TCPRecvInfoDlg::reserveTextOutput);
+        connect(worker, &TCPThread::errorOccured, this, &TCPRecvInfoDlg::onErrorOccured);
+    }
+    if (TCPOutputOption *recvOption = option())
+        connect(recvOption, &TCPOutputOption::formatChanged, this,
+                &TCPRecvInfoDlg::onFormatChanged);
+}
+
+TCPOutputOption *TCPRecvInfoDlg::option()
+{
+    AppModel *model = AppModel::instance();
+    return model ? model->recvOption() : nullptr;
+}
+
+// Flags and format
+
+void TCPRecvInfoDlg::applyShowDataFlag(bool /*flag*/)
+{
+    applyDisplayMode();
+}
+
+void TCPRecvInfoDlg::applyShowHexFlag(bool /*flag*/)
+{
+    applyDisplayMode();
+}
+
+void TCPRecvInfoDlg::applyDisplayMode()
+{
+    int mode = kDisplayOff;
+    if (m_ui->DataShowCheckbox->isChecked())
+        mode = m_ui->ShowHexCheckbox->isChecked() ? kDisplayHex : kDisplayText;
+    if (TCPOutputOption *recvOption = option())
+        recvOption->setDisplayMode(mode);
+    refreshWidgetStates();
+    reserveTextOutput();
+}
+
+void TCPRecvInfoDlg::applyFormat(const QString &value)
+{
+    if (TCPOutputOption *recvOption = option())
+        recvOption->setFormat(value);
+}
+
+void TCPRecvInfoDlg::onFormatChanged()
+{
+    TCPOutputOption *recvOption = option();
+    if (recvOption && m_ui->FormatTextarea->text() != recvOption->format())
+        m_ui->FormatTextarea->setText(recvOption->format());
+}
+
+void TCPRecvInfoDlg::refreshWidgetStates()
+{
+    TCPOutputOption *recvOption = option();
+    const int mode = recvOption ? recvOption->displayMode() : kDisplayOff;
+    m_ui->DataShowCheckbox->setChecked(mode != kDisplayOff);
+    if (mode != kDisplayOff)
+        m_ui->ShowHexCheckbox->setChecked(mode == kDisplayHex);
+    const bool showData = m_ui->DataShowCheckbox->isChecked();
+    m_ui->ShowHexCheckbox->setEnabled(showData);
+    m_ui->FormatTextarea->setEnabled(m_status == TS_STOP && showData &&
+                                     m_ui->ShowHexCheckbox->isChecked());
+    if (recvOption && m_ui->FormatTextarea->text() != recvOption->format())
+        m_ui->FormatTextarea->setText(recvOption->format());
+}
+
+// Begin and stop
+
+void TCPRecvInfoDlg::beginReceive()
+{
+    TCPThread *worker = TCPThread::instance();
+    if (!worker)
+        return;
+    const THREAD_STATUS status = worker->recvStatus();
+    if (status != TS_STOP) {
+        LOG_WARN(QStringLiteral("Invalid recv status: %1").arg(threadStatusText(status)));
+        return;
+    }
+    m_elapsedTimer.start();
+    m_stoppedElapsedMs = -1;
+    m_recvSize = 0;
+    m_ui->DataTextarea->clear();
+    {
+        QMutexLocker lock(&m_mutex);
+        m_pending.clear();
+    }
+    worker->beginRecvThread();
+}
+
+void TCPRecvInfoDlg::stopReceive()
+{
+    TCPThread *worker = TCPThread::instance();
+    if (!worker)
+        return;
+    const THREAD_STATUS status = worker->recvStatus();
+    if (status != TS_RUN) {
+        LOG_WARN(QStringLiteral("Invalid recv status: %1").arg(threadStatusText(status)));
+        return;
+    }
+    worker->stopReceiving();
+}
+
+void TCPRecvInfoDlg::onRecvStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STATUS status)
+{
+    m_status = status;
+    m_ui->RecvButton->setEnabled(status == TS_STOP);
+    m_ui->StopButton->setEnabled(status == TS_RUN);
+    if (status == TS_STARTING)
+        reportResult(tr("Receiving began"));
+    if (status == TS_STOP) {
+        reportResult(tr("Receiving finished"));
+        if (m_elapsedTimer.isValid() && m_stoppedElapsedMs < 0)
+            m_stoppedElapsedMs = m_elapsedTimer.elapsed();
+        refreshFigures();
+        textOutput(true);
+    }
+    refreshWidgetStates();
+}
+
+void TCPRecvInfoDlg::onErrorOccured(TCPTHREAD_ERROR /*error*/)
+{
+    refreshWidgetStates();
+}
+
+// Progress
+
+void TCPRecvInfoDlg::showProgress(qint64 recvSize)
+{
+    m_recvSize = recvSize;
+}
+
+void TCPRecvInfoDlg::progressUpdateTimeout()
+{
+    if (!m_elapsedTimer.isValid())
+        return;
+    refreshFigures();
+    bool pending = false;
+    {
+        QMutexLocker lock(&m_mutex);
+        pending = !m_pending.isEmpty();
+    }
+    // While bytes still arrive an incomplete character is kept back for its last bytes.
+    if (pending)
+        textOutput(m_status == TS_STOP);
+}
+
+qint64 TCPRecvInfoDlg::runElapsedMs() const
+{
+    return m_stoppedElapsedMs >= 0 ? m_stoppedElapsedMs : m_elapsedTimer.elapsed();
+}
+
+void TCPRecvInfoDlg::refreshFigures()
+{
+    if (!m_elapsedTimer.isValid())
+        return;
+    const qint64 elapsedMs = runElapsedMs();
+    const TransferFigure size = TransferFigures::sizeFigure(m_recvSize);
+    const TransferFigure time = TransferFigures::timeFigure(elapsedMs);
+    const TransferFigure rate = TransferFigures::rateFigure(m_recvSize, elapsedMs);
+    m_ui->SizeTextarea->setText(size.value);
+    m_ui->TCPSizeUnitLabel->setText(size.unit);
+    m_ui->TimeTextarea->setText(time.value);
+    m_ui->TCPTimeUnitLabel->setText(time.unit);
+    m_ui->RateTextarea->setText(rate.value);
+    m_ui->RateUnitLabel->setText(rate.unit);
+}
+
+// Text output
+
+void TCPRecvInfoDlg::reserveTextOutput()
+{
+    QMutexLocker lock(&m_mutex);
+    if (m_textOutputReserved)
+        return;
+    m_textOutputReserved = true;
+    QMetaObject::invokeMethod(this, "textOutput", Qt::QueuedConnection, Q_ARG(bool, false));
+}
+
+void TCPRecvInfoDlg::textOutput(bool forceAll)
+{
+    QMutexLocker lock(&m_mutex);
+    m_textOutputReserved = false;
+    TCPThread *worker = TCPThread::instance();
+    TCPOutputOption *recvOption = option();
+    const int mode = recvOption ? recvOption->displayMode() : kDisplayOff;
+    if (mode == kDisplayOff) {
+        m_pending.clear();
+        if (worker)
+            (void)worker->takeRecvData(-1); // text made before display was switched off
+        return;
+    }
+
+    // At most kPendingLimitBytes a pass, so that one pass never holds the GUI for long.
+    const qsizetype room = kPendingLimitBytes - m_pending.size();
+    if (room < 0)
+        LOG_WARN(QStringLiteral("Invalid buf size: buf[%1]").arg(m_pending.size()));
+    bool workerMayHoldMore = false;
+    if (worker && room > 0) {
+        const QByteArray taken = worker->takeRecvData(room);
+        workerMayHoldMore = taken.size() >= room;
+        m_pending += taken;
+    }
+
+    // Once the receive has ended no byte will complete a partial character: show it as it is.
+    const bool showTail = forceAll || m_status == TS_STOP;
+    const qsizetype shown = (mode == kDisplayText && !showTail)
+                                ? TransferFigures::completeUtf8Length(m_pending)
+                                : m_pending.size();
+    if (shown > 0) {
+        const QByteArray bytes = m_pending.left(shown);
+        m_pending.remove(0, shown);
+        appendToTextArea(mode == kDisplayText ? QString::fromUtf8(bytes)
+                                              : QString::fromLatin1(bytes));
+    }
+    // A partial character alone waits for the worker's next recvStringAdded().
+    if (workerMayHoldMore)
+        reserveTextOutput();
+}
+
+void TCPRecvInfoDlg::appendToTextArea(const QString &text)
+{
+    QPlainTextEdit *area = m_ui->DataTextarea;
+    QTextCursor cursor = area->textCursor();
+    cursor.movePosition(QTextCursor::End);
+    area->setTextCursor(cursor);
+
+    const qsizetype currentLineChars = area->document()->lastBlock().length() - 1;
+    const QString lines =
+        TransferFigures::breakLongLines(withLineFeeds(text), currentLineChars, kLongestLineChars);
+    const qsizetype lineEnd = lines.indexOf(QLatin1Char('\n'));
+    if (lineEnd < 0 || area->document()->isEmpty()) {
+        area->insertPlainText(lines);
+    } else {
+        // The head continues the current line; the rest starts a new one.
+        if (lineEnd > 0)
+            area->insertPlainText(lines.left(lineEnd));
+        area->appendPlainText(lines.mid(lineEnd + 1));
+    }
+    QScrollBar *bar = area->verticalScrollBar();
+    bar->setValue(bar->maximum());
+}

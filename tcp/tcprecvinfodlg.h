@@ -1,0 +1,75 @@
+// The non-modal "Receive Dialog": starts and stops receiving from the device's TCP data port and
+// shows size, time, rate and, optionally, the received data as text or hex text.
+#pragma once
+
+#include "tcp/tcpthread.h"
+
+#include <QByteArray>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QRecursiveMutex>
+
+#include <memory>
+
+namespace Ui {
+class TCPRecvInfoDlg;
+}
+class QTimer;
+class TCPOutputOption;
+
+class TCPRecvInfoDlg : public QDialog
+{
+    Q_OBJECT
+
+public:
+    // Display
+    static constexpr int kProgressIntervalMs = 500;
+    static constexpr qsizetype kPendingLimitBytes = 4096;
+    // The data area drops its oldest lines beyond this many, and breaks lines longer than
+    // kLongestLineChars, so that a full-rate stream never makes it slow to lay out.
+    static constexpr int kMaximumLineCount = 5000;
+    static constexpr qsizetype kLongestLineChars = 1024;
+
+    explicit TCPRecvInfoDlg(QWidget *parent = nullptr);
+    ~TCPRecvInfoDlg() override;
+
+    // Sets the boxes and the format field from the receive option and the receive status.
+    void refreshWidgetStates();
+
+public slots:
+    void applyShowDataFlag(bool flag);
+    void applyShowHexFlag(bool flag);
+    void applyFormat(const QString &value);
+    void showProgress(qint64 recvSize);
+    void reserveTextOutput();
+    void progressUpdateTimeout();
+    void beginReceive();
+    void stopReceive();
+    void onErrorOccured(TCPTHREAD_ERROR error);
+    void onRecvStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
+    void onFormatChanged();
+
+public:
+    Q_INVOKABLE void textOutput(bool forceAll);
+
+private:
+    void connectForm();
+    void connectWorker();
+    void applyDisplayMode();
+    void refreshFigures();
+    [[nodiscard]] qint64 runElapsedMs() const;
+    void appendToTextArea(const QString &text);
+    [[nodiscard]] static TCPOutputOption *option();
+
+    std::unique_ptr<Ui::TCPRecvInfoDlg> m_ui;
+    QTimer *m_progressTimer = nullptr; // child "progressTimer", running for the dialog's life
+    QElapsedTimer m_elapsedTimer;
+    qint64 m_stoppedElapsedMs = -1; // frozen run time once the receive has ended
+    QRecursiveMutex m_mutex;
+    bool m_textOutputReserved = false;
+    QByteArray m_pending; // display bytes taken from the worker and not shown yet
+    qint64 m_recvSize = 0;
+    // The receive status as last announced by the worker: the widgets follow it in step with the
+    // data and progress signals queued before it.
+    THREAD_STATUS m_status = TS_STOP;
+};

@@ -1,0 +1,189 @@
+#include "tcp/tcpsendinfodlg.h"
+
+#include "app/appmodel.h"
+#include "app/log.h"
+#include "app/report.h"
+#include "tcp/tcpoutputoption.h"
+#include "tcp/transferfigures.h"
+#include "ui_tcpsendinfodlg.h"
+
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QMetaObject>
+#include <QTextCursor>
+
+TCPSendInfoDlg::TCPSendInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::TCPSendInfoDlg)
+{
+    m_ui->setupUi(this);
+    setModal(false);
+    for (QLineEdit *field : {m_ui->SizeTextarea, m_ui->TimeTextarea, m_ui->RateTextarea}) {
+        QFont font = field->font();
+        font.setStyleHint(QFont::Monospace);
+        field->setFont(font);
+    }
+    m_ui->DataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_ui->DataTextarea->setMaximumBlockCount(kMaximumLineCount);
+    if (TCPOutputOption *sendOption = option())
+        m_ui->DataShowCheckbox->setChecked(sendOption->showData());
+
+    if (TCPThread *worker = TCPThread::instance())
+        m_status = worker->sendStatus();
+    m_ui->SendButton->setEnabled(m_status == TS_STOP);
+    m_ui->StopButton->setEnabled(m_status == TS_RUN);
+
+    connectForm();
+    connectWorker();
+}
+
+TCPSendInfoDlg::~TCPSendInfoDlg() = default;
+
+void TCPSendInfoDlg::connectForm()
+{
+    connect(m_ui->SendButton, &QPushButton::clicked, this, &TCPSendInfoDlg::beginSend);
+    connect(m_ui->StopButton, &QPushButton::clicked, this, &TCPSendInfoDlg::stopSend);
+    connect(m_ui->DataShowCheckbox, &QCheckBox::clicked, this, &TCPSendInfoDlg::applyShowDataFlag);
+    connect(m_ui->ClearButton, &QPushButton::clicked, m_ui->DataTextarea, &QPlainTextEdit::clear);
+}
+
+// The worker lives on its own thread: these connections are queued, and arrive in the order the
+// worker emitted them.
+void TCPSendInfoDlg::connectWorker()
+{
+    TCPThread *worker = TCPThread::instance();
+    if (!worker)
+        return;
+    connect(worker, &TCPThread::sendStatusChanged, this, &TCPSendInfoDlg::onSendStatusChanged);
+    connect(worker, &TCPThread::writeFinished, this, &TCPSendInfoDlg::finishSend);
+    connect(worker, &TCPThread::sendStringAdded, this, &TCPSendInfoDlg::addString);
+    connect(worker, &TCPThread::sendProgress, this, &TCPSendInfoDlg::showProgress);
+    connect(worker, &TCPThread::errorOccured, this, &TCPSendInfoDlg::onErrorOccured);
+}
+
+TCPOutputOption *TCPSendInfoDlg::option()
+{
+    AppModel *model = AppModel::instance();
+    return model ? model->sendOption() : nullptr;
+}
+
+qint64 TCPSendInfoDlg::sendFileSize()
+{
+    TCPOutputOption *sendOption = option();
+    return sendOption ? QFileInfo(sendOption->fileName()).size() : 0;
+}
+
+void TCPSendInfoDlg::applyShowDataFlag(bool flag)
+{
+    if (TCPOutputOption *sendOption = option())
+        sendOption->setShowData(flag);
+}
+
+// Begin and stop
+
+void TCPSendInfoDlg::beginSend()
+{
+    TCPThread *worker = TCPThread::instance();
+    if (!worker)
+        return;
+    const THREAD_STATUS status = worker->sendStatus();
+    if (status != TS_STOP) {
+        LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(status)));
+        return;
+    }
+    m_ui->sendProgressBar->reset();
+    m_sentSize = 0;
+    m_elapsedMsec = 1;
+    m_lastRefreshMs = 0;
+    worker->beginSendThread();
+}
+
+void TCPSendInfoDlg::stopSend()
+{
+    TCPThread *worker = TCPThread::instance();
+    if (!worker)
+        return;
+    const THREAD_STATUS status = worker->sendStatus();
+    if (status != TS_RUN) {
+        LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(status)));
+        return;
+    }
+    // Queued: the send loop looks at its event queue once per chunk, so the GUI never waits
+    // for the send loop.
+    QMetaObject::invokeMethod(worker, "stopSending", Qt::QueuedConnection);
+    reportError(TransferFigures::lossText(m_sentSize, sendFileSize()));
+}
+
+void TCPSendInfoDlg::finishSend()
+{
+    showProgress(m_sentSize, sendFileSize(), m_elapsedMsec);
+}
+
+void TCPSendInfoDlg::onErrorOccured(TCPTHREAD_ERROR /*error*/)
+{
+    m_ui->SendButton->setEnabled(m_status == TS_STOP);
+    m_ui->StopButton->setEnabled(m_status == TS_RUN);
+}
+
+void TCPSendInfoDlg::onSendStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STATUS status)
+{
+    m_status = status;
+    m_ui->StopButton->setEnabled(status == TS_RUN);
+    m_ui->SendButton->setEnabled(status == TS_STOP);
+    if (status == TS_STARTING)
+        reportResult(tr("Sending began"));
+    if (status == TS_STOP) {
+        reportResult(tr("Sending finished"));
+        refreshDisplay();
+    }
+}
+
+// Progress
+
+void TCPSendInfoDlg::showProgress(qint64 sentSize, qint64 fileSize, qint64 elapsedMsec)
+{
+    if (sentSize >= 0)
+        m_sentSize = sentSize;
+    if (elapsedMsec >= 0)
+        m_elapsedMsec = qMax<qint64>(elapsedMsec, 1);
+    m_fileSize = fileSize;
+    const qint64 runMs = m_elapsedMsec;
+    if (runMs - m_lastRefreshMs >= kRefreshIntervalMs || runMs < m_lastRefreshMs ||
+        sentSize == fileSize) {
+        refreshDisplay();
+        m_lastRefreshMs = runMs;
+    }
+}
+
+void TCPSendInfoDlg::refreshDisplay()
+{
+    const TransferFigure size = TransferFigures::sizeFigure(m_sentSize);
+    const TransferFigure time = TransferFigures::timeFigure(m_elapsedMsec);
+    const TransferFigure rate = TransferFigures::rateFigure(m_sentSize, m_elapsedMsec);
+    m_ui->SizeTextarea->setText(size.value);
+    m_ui->TCPSizeUnitLabel->setText(size.unit);
+    m_ui->TimeTextarea->setText(time.value);
+    m_ui->TCPTimeUnitLabel->setText(time.unit);
+    m_ui->RateTextarea->setText(rate.value);
+    m_ui->RateUnitLabel->setText(rate.unit);
+
+    const ProgressBarRange range = TransferFigures::progressBarRange(m_fileSize, m_sentSize);
+    if (m_status != TS_RUN || range.maximum == 0) { // an empty range would show a busy bar
+        m_ui->sendProgressBar->reset();
+        return;
+    }
+    m_ui->sendProgressBar->setRange(0, range.maximum);
+    m_ui->sendProgressBar->setValue(range.value);
+}
+
+void TCPSendInfoDlg::addString(const QString &text, bool /*formatted*/, qint64 /*bytesFrom*/,
+                               qint64 /*bytes*/)
+{
+    if (!m_ui->DataShowCheckbox->isChecked())
+        return;
+    QPlainTextEdit *area = m_ui->DataTextarea;
+    QTextCursor cursor = area->textCursor();
+    cursor.movePosition(QTextCursor::End);
+    area->setTextCursor(cursor);
+    area->insertPlainText(text);
+    cursor.movePosition(QTextCursor::End);
+    area->setTextCursor(cursor);
+}

@@ -1,0 +1,53 @@
+// The non-modal "Send Dialog": starts and stops sending the chosen file to the device's TCP data
+// port and shows a progress bar, size, time, rate and, optionally, the data sent.
+#pragma once
+
+#include "tcp/tcpthread.h"
+
+#include <QDialog>
+
+#include <memory>
+
+namespace Ui {
+class TCPSendInfoDlg;
+}
+class TCPOutputOption;
+
+class TCPSendInfoDlg : public QDialog
+{
+    Q_OBJECT
+
+public:
+    // Display
+    static constexpr qint64 kRefreshIntervalMs = 501;
+    static constexpr int kMaximumLineCount = 5000;
+
+    explicit TCPSendInfoDlg(QWidget *parent = nullptr);
+    ~TCPSendInfoDlg() override;
+
+public slots:
+    void applyShowDataFlag(bool flag);
+    void beginSend();
+    void finishSend();
+    void onErrorOccured(TCPTHREAD_ERROR error);
+    void stopSend();
+    void addString(const QString &text, bool formatted, qint64 bytesFrom, qint64 bytes);
+    void showProgress(qint64 sentSize, qint64 fileSize, qint64 elapsedMsec);
+    void onSendStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
+
+private:
+    void connectForm();
+    void connectWorker();
+    void refreshDisplay();
+    [[nodiscard]] static TCPOutputOption *option();
+    [[nodiscard]] static qint64 sendFileSize();
+
+    std::unique_ptr<Ui::TCPSendInfoDlg> m_ui;
+    qint64 m_sentSize = 0;
+    qint64 m_fileSize = 0;
+    qint64 m_elapsedMsec = 1;
+    qint64 m_lastRefreshMs = 0; // run time of the last display refresh
+    // The send status as last announced by the worker: the buttons and the bar follow it in step
+    // with the progress signals queued before it, so the last report of a run still fills the bar.
+    THREAD_STATUS m_status = TS_STOP;
+};

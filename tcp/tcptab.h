@@ -1,0 +1,76 @@
+// The "Data(TCP)" tab: the files, hex-format boxes and formats of both transfer directions, the
+// target device's address, and the buttons that open the receive and send dialogs.
+#pragma once
+
+#include "settings/mavixsetting.h"
+#include "tcp/tcpthread.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui {
+class TCPTab;
+}
+class QDialog;
+class TCPOutputOption;
+class TCPRecvInfoDlg;
+class TCPSendInfoDlg;
+
+class TCPTab : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit TCPTab(QWidget *parent = nullptr);
+    ~TCPTab() override;
+
+    [[nodiscard]] TCPRecvInfoDlg *recvDialog() const { return m_recvDialog; }
+    [[nodiscard]] TCPSendInfoDlg *sendDialog() const { return m_sendDialog; }
+
+signals:
+    void connectSuccessed();
+    void connectFailed();
+
+public slots:
+    // Dialogs and target
+    void openReceiveInfoDialog();
+    void openSendInfoDialog();
+    void applyTargetSettingChange(const MavixSetting &setting);
+
+    // Receive options
+    void applyRecvFormatUse();
+    void applyRecvFile(const QString &name);
+    void openRecvFileRefferenceDialog();
+    void openRecvFile();
+    void applyRecvFormat();
+    void onTcpRecvFormatChanged();
+
+    // Send options
+    void applySendFormatUse();
+    void applySendFile(const QString &name);
+    void openSendFileRefferenceDialog();
+    void openSendFile();
+    void applySendFormat();
+
+    // Worker status
+    void onTcpRecvStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
+    void onTcpSendStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
+
+private slots:
+    void onErrorOccured(TCPTHREAD_ERROR error);
+
+private:
+    void loadOptions();
+    void connectForm();
+    void connectWorker();
+    void showTarget();
+    static void showDialog(QDialog *dialog);
+    [[nodiscard]] static TCPOutputOption *recvOption();
+    [[nodiscard]] static TCPOutputOption *sendOption();
+
+    std::unique_ptr<Ui::TCPTab> m_ui;
+    TCPRecvInfoDlg *m_recvDialog = nullptr;
+    TCPSendInfoDlg *m_sendDialog = nullptr;
+    MavixSetting m_setting;
+};

@@ -1,0 +1,118 @@
+#include "tcp/transferfigures.h"
+
+#include "tcp/tcpoutputoption.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr qint64 kLargestBytes = 999;
+constexpr qint64 kLargestKiloBytes = 999999;
+constexpr double kSizeDivisor = 1000.0;
+constexpr int kSizeDigits = 6;
+
+constexpr double kKiloBits = 1000.0;
+constexpr double kMegaBits = 1000000.0;
+constexpr int kRateDigits = 3;
+
+constexpr qint64 kBarLimit = 2147483647;
+constexpr qint64 kBarDivisor = 1000;
+
+// A UTF-8 character is at most four bytes long, so its lead byte is among the last four.
+constexpr int kLongestUtf8Char = 4;
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("TransferFigures", text);
+}
+
+} // namespace
+
+namespace TransferFigures {
+
+TransferFigure sizeFigure(qint64 bytes)
+{
+    if (bytes <= kLargestBytes)
+        return {QString::number(double(bytes), 'g', kSizeDigits), translated("Bytes")};
+    if (bytes <= kLargestKiloBytes)
+        return {QString::number(double(bytes) / kSizeDivisor, 'g', kSizeDigits),
+                translated("KBytes")};
+    return {QString::number(double(bytes) / (kSizeDivisor * kSizeDivisor), 'g', kSizeDigits),
+            translated("MBytes")};
+}
+
+TransferFigure timeFigure(qint64 elapsedMs)
+{
+    return {QStringLiteral("%L1").arg(double(elapsedMs) / 1000.0), translated("sec")};
+}
+
+TransferFigure rateFigure(qint64 bytes, qint64 elapsedMs)
+{
+    const double bitsPerSecond = double(bytes) * 8.0 / double(qMax<qint64>(elapsedMs, 1)) * 1000.0;
+    if (bitsPerSecond < kKiloBits)
+        return {QString::number(bitsPerSecond, 'g', kRateDigits), translated("bps")};
+    if (bitsPerSecond < kMegaBits)
+        return {QString::number(bitsPerSecond / kKiloBits, 'g', kRateDigits), translated("kbps")};
+    return {QString::number(bitsPerSecond / kMegaBits, 'g', kRateDigits), translated("Mbps")};
+}
+
+ProgressBarRange progressBarRange(qint64 fileSize, qint64 sentSize)
+{
+    qint64 maximum = qMax<qint64>(fileSize, 0);
+    qint64 value = qBound<qint64>(0, sentSize, maximum);
+    while (maximum > kBarLimit) {
+        maximum /= kBarDivisor;
+        value /= kBarDivisor;
+    }
+    return {int(maximum), int(value)};
+}
+
+QString lossText(qint64 sentSize, qint64 fileSize)
+{
+    const qint64 loss = fileSize - sentSize;
+    const double percent = fileSize > 0 ? double(loss) * 100.0 / double(fileSize) : 0.0;
+    return QCoreApplication::translate("TCPSendInfoDlg", "loss %1 / %2 bytes (%3%)")
+        .arg(loss)
+        .arg(fileSize)
+        .arg(QString::number(percent, 'g'));
+}
+
+qsizetype completeUtf8Length(const QByteArray &bytes)
+{
+    const qsizetype size = bytes.size();
+    const qsizetype firstCandidate = qMax<qsizetype>(0, size - kLongestUtf8Char);
+    for (qsizetype lead = size - 1; lead >= firstCandidate; --lead) {
+        const int length = TCPOutputOption::utf8CharLength(bytes.at(lead));
+        if (length == 0)
+            continue; // continuation byte: its lead lies further back
+        if (length < 0 || size - lead >= length)
+            return size;
+        return lead;
+    }
+    return size; // only continuation bytes: nothing will complete them
+}
+
+QString breakLongLines(const QString &text, qsizetype currentLineChars, qsizetype longestLineChars)
+{
+    if (longestLineChars <= 1)
+        return text;
+    QString out;
+    out.reserve(text.size() + text.size() / longestLineChars + 1);
+    qsizetype lineChars = currentLineChars;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar ch = text.at(i);
+        if (ch == QLatin1Char('\n')) {
+            lineChars = 0;
+        } else {
+            if (lineChars >= longestLineChars && !ch.isLowSurrogate()) {
+                out += QLatin1Char('\n');
+                lineChars = 0;
+            }
+            ++lineChars;
+        }
+        out += ch;
+    }
+    return out;
+}
+
+} // namespace TransferFigures
