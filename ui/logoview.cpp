@@ -10,6 +10,11 @@ LogoView::LogoView(QWidget *parent) : QGraphicsView(parent)
     m_upImage.load(QStringLiteral(":/logo/upEye.png"));
     m_closedImage.load(QStringLiteral(":/logo/closeEye.png"));
 
+    // The eye sits on the window's own background, not on a white canvas.
+    setFrameShape(QFrame::NoFrame);
+    setBackgroundBrush(Qt::NoBrush);
+    viewport()->setAutoFillBackground(false);
+
     m_timer = new QTimer(this);
     connect(m_timer, SIGNAL(timeout()), this, SLOT(forwardAnimation()));
     m_mode = ModeOpen;

@@ -57,6 +57,8 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
     connect(m_aboutAction, &QAction::triggered, this, &MainWindow::actionAbout_triggered);
 
     m_ui->setupUi(this);
+    m_ui->splitter->setStretchFactor(0, 3); // the working tabs get most of the height
+    m_ui->splitter->setStretchFactor(1, 1);
     QFont normal = font();
     normal.setWeight(QFont::Normal);
     setFont(normal);

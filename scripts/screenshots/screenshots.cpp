@@ -43,9 +43,10 @@ void settle(int ms)
     }
 }
 
-void save(QWidget *widget, const QString &name)
+// By default waits until the logo's blink is over.
+void save(QWidget *widget, const QString &name, int settleMs = 1400)
 {
-    settle(300);
+    settle(settleMs);
     const QString path = QDir(g_outputFolder).filePath(name + QLatin1Char('-') + g_language + ".png");
     if (!widget->grab().save(path))
         std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
@@ -152,7 +153,7 @@ int main(int argc, char *argv[])
     sending.start();
     while (sending.elapsed() < 600)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    save(send, QStringLiteral("send-dialog"));
+    save(send, QStringLiteral("send-dialog"), 100);
     click(send, "StopButton");
     settle(2000);
     send->close();

@@ -8,12 +8,12 @@
         <translation>バージョン情報</translation>
     </message>
     <message>
-        <source>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=" font-size:14pt;"&gt;About Mavix Utility and versions&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=" font-size:14pt;"&gt;Mavix Utility とバージョンについて&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
+        <source>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=&quot; font-size:14pt;&quot;&gt;About Mavix Utility and versions&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
+        <translation>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=&quot; font-size:14pt;&quot;&gt;Mavix Utility とバージョンについて&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
-        <source>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;Home page: &lt;a href="https://example.com/mavix"&gt;https://example.com/mavix&lt;/a&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;ホームページ: &lt;a href="https://example.com/mavix"&gt;https://example.com/mavix&lt;/a&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
+        <source>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;Home page: &lt;a href=&quot;https://example.com/mavix&quot;&gt;https://example.com/mavix&lt;/a&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
+        <translation>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;ホームページ: &lt;a href=&quot;https://example.com/mavix&quot;&gt;https://example.com/mavix&lt;/a&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>This Software uses Qt LGPL. About Qt ...</source>
@@ -39,7 +39,7 @@
         <translation>UDP ポート</translation>
     </message>
     <message>
-        <source>Read the device's settings from the running copy, or from the EEPROM copy when EEPROM Access is checked</source>
+        <source>Read the device&apos;s settings from the running copy, or from the EEPROM copy when EEPROM Access is checked</source>
         <translation>デバイスの設定を動作中の設定から読み出します。EEPROM アクセスがオンのときは EEPROM の設定から読み出します</translation>
     </message>
     <message>
@@ -282,7 +282,7 @@
     </message>
     <message>
         <source>Bytes</source>
-        <translation>バイト</translation>
+        <translation>Bytes</translation>
     </message>
     <message>
         <source>Recv. Time</source>
@@ -290,7 +290,7 @@
     </message>
     <message>
         <source>sec</source>
-        <translation>秒</translation>
+        <translation>sec</translation>
     </message>
     <message>
         <source>Recv. Rate</source>
@@ -345,7 +345,7 @@
     </message>
     <message>
         <source>Bytes</source>
-        <translation>バイト</translation>
+        <translation>Bytes</translation>
     </message>
     <message>
         <source>Send Time</source>
@@ -353,7 +353,7 @@
     </message>
     <message>
         <source>sec</source>
-        <translation>秒</translation>
+        <translation>sec</translation>
     </message>
     <message>
         <source>Send Rate</source>
@@ -612,7 +612,7 @@ Dialog</source>
         <translation>WREN 受信: VerType が不正です</translation>
     </message>
     <message>
-        <source>WREN Recv, it's not Acknowledge packet</source>
+        <source>WREN Recv, it&apos;s not Acknowledge packet</source>
         <translation>WREN 受信: 応答パケットではありません</translation>
     </message>
     <message>
