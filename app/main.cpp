@@ -1,5 +1,6 @@
 // Entry point of Mavix Utility: reads the command line, opens the log when asked, builds the
 // program, runs the event loop and tears everything down in order.
+#include "app/eventdispatcher.h"
 #include "app/appcontext.h"
 #include "app/log.h"
 #include "app/startupoptions.h"
@@ -42,6 +43,7 @@ void messageHandler(QtMsgType type, const QMessageLogContext &context, const QSt
 
 int main(int argc, char *argv[])
 {
+    preferPlainEventDispatcher();
     QApplication app(argc, argv);
     const StartupOptions options = parseStartupArguments(app.arguments(), showInvalidPortWarning);
     if (options.loggingRequested) {

@@ -6,6 +6,7 @@
 // "Show Data" off is the baseline. Prints the longest and the 99th-percentile stall of each run,
 // the bytes received, and as its last line the ratio of the longest stall with display to the one
 // without.
+#include "app/eventdispatcher.h"
 #include "app/appmodel.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
@@ -134,6 +135,7 @@ void print(const StallFigures &f)
 
 int main(int argc, char *argv[])
 {
+    preferPlainEventDispatcher();
     QApplication app(argc, argv);
     registerThreadMetaTypes();
 

@@ -8,6 +8,7 @@
 // with --child), so that its peak resident memory is its own; the emulator runs in this process.
 // Five runs each, interleaved; the medians are printed, and last the line
 // "ratio: recv=X send=Y" (TCPThread over the plain receiver, and over the 1024-byte sender).
+#include "app/eventdispatcher.h"
 #include "app/appmodel.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
@@ -398,6 +399,7 @@ int runParent(int runs, qint64 transferBytes)
 
 int main(int argc, char *argv[])
 {
+    preferPlainEventDispatcher();
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     const QCommandLineOption child(QStringLiteral("child"), QStringLiteral("Run one side."),

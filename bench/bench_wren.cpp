@@ -2,6 +2,7 @@
 // talking to the same in-process mavix-sim. Prints accesses per second (median, min, max) for
 // reads of 4 and of 255 bytes and the ratio agent/plain; the last line is "ratio: X", the worse
 // of the two sizes.
+#include "app/eventdispatcher.h"
 #include "sim/mavixsim.h"
 #include "sim/simthread.h"
 #include "wren/wrenagent.h"
@@ -117,6 +118,7 @@ template <typename Run> double ratePerSecond(Run run, int *failed)
 
 int main(int argc, char *argv[])
 {
+    preferPlainEventDispatcher();
     QCoreApplication app(argc, argv);
     SimThread device;
     if (!device.start()) {

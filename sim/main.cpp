@@ -1,5 +1,6 @@
 // mavix-sim: the emulated Mavix device as a console program. Prints the address and ports it
 // bound on one line, serves until SIGINT or SIGTERM, then prints its totals.
+#include "app/eventdispatcher.h"
 #include "sim/mavixsim.h"
 #include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
@@ -261,6 +262,7 @@ void startStats(MavixSim *sim)
 
 int main(int argc, char *argv[])
 {
+    preferPlainEventDispatcher();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("mavix-sim"));
 
