@@ -61,27 +61,27 @@ StartupOptions parseStartupArguments(const QStringList &arguments,
     return options;
 }
 
-TargetSpec splitTargetSpec(const QString &text)
+TargetParts splitTarget(const QString &text)
 {
-    TargetSpec spec;
+    TargetParts parts;
     QString rest = text;
     if (rest.startsWith(QLatin1Char('['))) {
         const qsizetype close = rest.indexOf(QLatin1Char(']'));
         if (close < 0) {
-            spec.host = rest;
-            return spec;
+            parts.host = rest;
+            return parts;
         }
-        spec.host = rest.mid(1, close - 1);
+        parts.host = rest.mid(1, close - 1);
         rest = rest.mid(close + 1);
         if (rest.startsWith(QLatin1Char(':')))
             rest.remove(0, 1);
     } else {
         const qsizetype colon = rest.indexOf(QLatin1Char(':'));
-        spec.host = rest.left(colon);
+        parts.host = rest.left(colon);
         rest = colon < 0 ? QString() : rest.mid(colon + 1);
     }
     const QStringList ports = rest.split(QLatin1Char(':'));
-    spec.udpPort = ports.value(0);
-    spec.tcpPort = ports.mid(1).join(QLatin1Char(':'));
-    return spec;
+    parts.udpPort = ports.value(0);
+    parts.tcpPort = ports.mid(1).join(QLatin1Char(':'));
+    return parts;
 }

@@ -25,10 +25,10 @@ struct StartupOptions
 
 // A "-target:" text split into its parts: HOST[:UDPPORT[:TCPPORT]], with an IPv6 host written in
 // brackets. Empty parts mean "leave as it is".
-struct TargetSpec
+struct TargetParts
 {
     QString host;
     QString udpPort;
     QString tcpPort;
 };
-[[nodiscard]] TargetSpec splitTargetSpec(const QString &text);
+[[nodiscard]] TargetParts splitTarget(const QString &text);

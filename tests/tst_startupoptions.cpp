@@ -112,10 +112,10 @@ void tst_StartupOptions::targetSpec_data()
 void tst_StartupOptions::targetSpec()
 {
     QFETCH(QString, text);
-    const TargetSpec spec = splitTargetSpec(text);
-    QTEST(spec.host, "host");
-    QTEST(spec.udpPort, "udp");
-    QTEST(spec.tcpPort, "tcp");
+    const TargetParts parts = splitTarget(text);
+    QTEST(parts.host, "host");
+    QTEST(parts.udpPort, "udp");
+    QTEST(parts.tcpPort, "tcp");
 }
 
 QTEST_MAIN(tst_StartupOptions)

@@ -146,20 +146,20 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
 {
     if (presetTarget.isEmpty())
         return;
-    const TargetSpec spec = splitTargetSpec(presetTarget);
+    const TargetParts parts = splitTarget(presetTarget);
     QStringList problems;
-    if (!isValidIPAddress(spec.host))
+    if (!isValidIPAddress(parts.host))
         problems << tr("IP address is invalid");
-    if (!spec.udpPort.isEmpty() && !isValidPort(spec.udpPort))
+    if (!parts.udpPort.isEmpty() && !isValidPort(parts.udpPort))
         problems << tr("UDP Port number must be 0 to 65535");
-    if (!spec.tcpPort.isEmpty() && !isValidPort(spec.tcpPort))
+    if (!parts.tcpPort.isEmpty() && !isValidPort(parts.tcpPort))
         problems << tr("TCP Port number must be 0 to 65535");
     if (!problems.isEmpty()) {
         for (const QString &problem : problems)
             reportError(tr("-target:%1 is ignored: %2").arg(presetTarget, problem));
         return;
     }
-    generalTab()->setTargetFields(spec.host, spec.tcpPort, spec.udpPort);
+    generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
