@@ -42,10 +42,11 @@ QByteArray buildLine(const char *word, const char *file, unsigned line, const QB
     const QByteArray stamp =
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.zzz")).toLatin1();
     char thread[24];
-    std::snprintf(thread, sizeof thread, "0x%llx", static_cast<unsigned long long>(currentThreadId()));
+    std::snprintf(thread, sizeof thread, "0x%llx",
+                  static_cast<unsigned long long>(currentThreadId()));
     char head[512];
-    const int headSize = std::snprintf(head, sizeof head, "%s %25s:%4u %8s [%4s] ", stamp.constData(),
-                                       file, line, thread, word);
+    const int headSize = std::snprintf(head, sizeof head, "%s %25s:%4u %8s [%4s] ",
+                                       stamp.constData(), file, line, thread, word);
     QByteArray out;
     out.reserve(headSize + text.size() + 1);
     out.append(head, qMin<int>(headSize, int(sizeof head) - 1));
@@ -114,7 +115,8 @@ void logClose()
 bool logEnabled(int level)
 {
     const LogState &s = state();
-    return s.file.load(std::memory_order_relaxed) && s.threshold.load(std::memory_order_relaxed) <= level;
+    return s.file.load(std::memory_order_relaxed) &&
+           s.threshold.load(std::memory_order_relaxed) <= level;
 }
 
 void logWrite(int level, const char *word, const char *file, unsigned line, const QByteArray &text)
@@ -138,7 +140,8 @@ void logWrite(int level, const char *word, const char *file, unsigned line, cons
     logWrite(level, word, file, line, QByteArray(text));
 }
 
-void logWriteF(int level, const char *word, const char *file, unsigned line, const char *format, ...)
+void logWriteF(int level, const char *word, const char *file, unsigned line, const char *format,
+               ...)
 {
     if (!logEnabled(level))
         return;
@@ -180,5 +183,6 @@ TraceBlock::~TraceBlock()
             others += ',';
         others += QByteArray::number(n);
     }
-    logWriteF(m_level, "<", m_file.constData(), m_line, "    <- %lld (%s)", m_number, others.constData());
+    logWriteF(m_level, "<", m_file.constData(), m_line, "    <- %lld (%s)", m_number,
+              others.constData());
 }

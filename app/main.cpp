@@ -1,7 +1,7 @@
 // Entry point of Mavix Utility: reads the command line, opens the log when asked, builds the
 // program, runs the event loop and tears everything down in order.
-#include "app/eventdispatcher.h"
 #include "app/appcontext.h"
+#include "app/eventdispatcher.h"
 #include "app/log.h"
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"

@@ -6,8 +6,8 @@
 // "Show Data" off is the baseline. Prints the longest and the 99th-percentile stall of each run,
 // the bytes received, and as its last line the ratio of the longest stall with display to the one
 // without.
-#include "app/eventdispatcher.h"
 #include "app/appmodel.h"
+#include "app/eventdispatcher.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpoutputoption.h"

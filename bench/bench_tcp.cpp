@@ -8,8 +8,8 @@
 // with --child), so that its peak resident memory is its own; the emulator runs in this process.
 // Five runs each, interleaved; the medians are printed, and last the line
 // "ratio: recv=X send=Y" (TCPThread over the plain receiver, and over the 1024-byte sender).
-#include "app/eventdispatcher.h"
 #include "app/appmodel.h"
+#include "app/eventdispatcher.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpoutputoption.h"

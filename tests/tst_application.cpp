@@ -17,7 +17,8 @@ private slots:
 
 private:
     static QByteArray readLog(const QString &path);
-    void startAndStop(const QTemporaryDir &dir, const QStringList &arguments, const QString &logPath);
+    void startAndStop(const QTemporaryDir &dir, const QStringList &arguments,
+                      const QString &logPath);
 };
 
 QByteArray tst_Application::readLog(const QString &path)

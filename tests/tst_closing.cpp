@@ -67,7 +67,8 @@ void tst_Closing::closingMidReceiveStopsAtOnce()
     TCPThread *worker = context->worker();
     worker->beginRecvThread();
     QTRY_COMPARE_WITH_TIMEOUT(worker->recvStatus(), TS_RUN, 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(m_dir.filePath(QStringLiteral("recv.bin"))).size() > 0, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(m_dir.filePath(QStringLiteral("recv.bin"))).size() > 0,
+                             10000);
 
     QElapsedTimer closing;
     closing.start();
@@ -109,8 +110,9 @@ void tst_Closing::stuckDeviceIsGivenUpAfterTenSeconds()
 
     const QByteArray log = logText();
     for (int loop : {1, 2, 4, 8, 16, 32, 64})
-        QVERIFY2(log.contains("waiting for tcp socket close [loop:" + QByteArray::number(loop) + "]\n"),
-                 QByteArray::number(loop));
+        QVERIFY2(
+            log.contains("waiting for tcp socket close [loop:" + QByteArray::number(loop) + "]\n"),
+            QByteArray::number(loop));
     QVERIFY(!log.contains("waiting for tcp socket close [loop:128]"));
     QVERIFY(log.contains("[ ERR] canceled waiting for tcp socket close [timeout:10000ms, loop:"));
     QVERIFY(log.endsWith("[INFO] application closed\n"));

@@ -105,19 +105,20 @@ void tst_Log::lineFormat()
     QFETCH(QByteArray, word);
     QFETCH(QByteArray, expectedMiddle);
     logOpen(logPath(), -1);
-    logWrite(LOG_ERR, word.constData(), file.constData(), line, QStringLiteral("Application start."));
+    logWrite(LOG_ERR, word.constData(), file.constData(), line,
+             QStringLiteral("Application start."));
     logClose();
 
     const QList<QByteArray> written = lines();
     QCOMPARE(written.size(), 1);
     const QByteArray &text = written.first();
-    const QRegularExpression stamp(QStringLiteral(
-        R"(^\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} )"));
+    const QRegularExpression stamp(QStringLiteral(R"(^\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} )"));
     QVERIFY2(stamp.match(QString::fromLatin1(text)).hasMatch(), text.constData());
     QCOMPARE(text.mid(24, expectedMiddle.size()), expectedMiddle);
 
     const QByteArray rest = text.mid(24 + expectedMiddle.size());
-    const QRegularExpression tail(QStringLiteral(R"(^ *0x[0-9a-f]+ \[ *(\S+)\] Application start\.$)"));
+    const QRegularExpression tail(
+        QStringLiteral(R"(^ *0x[0-9a-f]+ \[ *(\S+)\] Application start\.$)"));
     const QRegularExpressionMatch match = tail.match(QString::fromLatin1(rest));
     QVERIFY2(match.hasMatch(), rest.constData());
     QCOMPARE(match.captured(1).toLatin1(), word);

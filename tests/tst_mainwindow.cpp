@@ -100,10 +100,12 @@ void tst_MainWindow::messageArea_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<QString>("colour");
-    QTest::addRow("result in blue") << false << "UDP read successed" << " | UDP read successed"
+    QTest::addRow("result in blue") << false << "UDP read successed"
+                                    << " | UDP read successed"
                                     << "#0000c0";
-    QTest::addRow("error in red with prefix")
-        << true << "UDP read is timeout" << " | Error:UDP read is timeout" << "#ff0000";
+    QTest::addRow("error in red with prefix") << true << "UDP read is timeout"
+                                              << " | Error:UDP read is timeout"
+                                              << "#ff0000";
 }
 
 void tst_MainWindow::messageArea()
@@ -164,10 +166,22 @@ void tst_MainWindow::presetTarget_data()
     QTest::addColumn<QString>("udp");
     QTest::addColumn<QString>("tcp");
     QTest::addColumn<bool>("reported");
-    QTest::addRow("all parts") << "127.0.0.2:5000:6000" << "127.0.0.2" << "5000" << "6000" << false;
-    QTest::addRow("host only keeps the ports") << "127.0.0.3" << "127.0.0.3" << "4660" << "24" << false;
-    QTest::addRow("bad host changes nothing") << "300.0.0.1:5000" << "192.168.10.16" << "4660" << "24" << true;
-    QTest::addRow("bad port changes nothing") << "127.0.0.1:70000" << "192.168.10.16" << "4660" << "24" << true;
+    QTest::addRow("all parts") << "127.0.0.2:5000:6000"
+                               << "127.0.0.2"
+                               << "5000"
+                               << "6000" << false;
+    QTest::addRow("host only keeps the ports") << "127.0.0.3"
+                                               << "127.0.0.3"
+                                               << "4660"
+                                               << "24" << false;
+    QTest::addRow("bad host changes nothing") << "300.0.0.1:5000"
+                                              << "192.168.10.16"
+                                              << "4660"
+                                              << "24" << true;
+    QTest::addRow("bad port changes nothing") << "127.0.0.1:70000"
+                                              << "192.168.10.16"
+                                              << "4660"
+                                              << "24" << true;
 }
 
 void tst_MainWindow::presetTarget()
@@ -210,7 +224,8 @@ void tst_MainWindow::hiddenShortcutStartsBlink()
     auto *logo = window()->findChild<LogoView *>("graphicsView");
     logo->OpenEye();
     QCOMPARE(logo->mode(), LogoView::ModeOpen);
-    QTest::keySequence(window(), QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
+    QTest::keySequence(window(),
+                       QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
     QCOMPARE(logo->mode(), LogoView::ModeBlinking);
 }
 

@@ -202,8 +202,10 @@ void MainWindow::onShowResult(const QString &text)
 
 void MainWindow::onShowError(const QString &text)
 {
-    const QString line = tr("%1 | Error:%2").arg(
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")), text);
+    const QString line =
+        tr("%1 | Error:%2")
+            .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")),
+                 text);
     appendMessage(QStringLiteral("<br><span style=\"color:#ff0000;\">%1</span>").arg(line));
 }
 

@@ -47,15 +47,15 @@ void settle(int ms)
 void save(QWidget *widget, const QString &name, int settleMs = 1400)
 {
     settle(settleMs);
-    const QString path = QDir(g_outputFolder).filePath(name + QLatin1Char('-') + g_language + ".png");
+    const QString path =
+        QDir(g_outputFolder).filePath(name + QLatin1Char('-') + g_language + ".png");
     if (!widget->grab().save(path))
         std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
     else
         std::printf("%s\n", qPrintable(path));
 }
 
-template <typename T>
-T *child(QWidget *root, const char *name)
+template <typename T> T *child(QWidget *root, const char *name)
 {
     T *widget = root->findChild<T *>(QLatin1String(name));
     if (!widget)
@@ -86,7 +86,7 @@ int main(int argc, char *argv[])
     }
     g_outputFolder = QString::fromLocal8Bit(argv[1]);
     g_language = QLocale::system().name().startsWith(QLatin1String("ja")) ? QStringLiteral("ja")
-                                                                            : QStringLiteral("en");
+                                                                          : QStringLiteral("en");
     QDir().mkpath(g_outputFolder);
 
     SimThread device;
@@ -114,14 +114,16 @@ int main(int argc, char *argv[])
 
     auto *tabs = child<QTabWidget>(window, "modeTab");
     tabs->setCurrentIndex(1);
-    child<QComboBox>(window, "UDPRegisterAddressCombobox")->setCurrentText(QStringLiteral("FFFFFF00"));
+    child<QComboBox>(window, "UDPRegisterAddressCombobox")
+        ->setCurrentText(QStringLiteral("FFFFFF00"));
     child<QComboBox>(window, "UDPDataLengthCombobox")->setCurrentText(QStringLiteral("255"));
     child<QCheckBox>(window, "UDPShowAddressCheckbox")->setChecked(true);
     click(window, "UDPReadButton");
     save(window, QStringLiteral("udp"));
 
     tabs->setCurrentIndex(2);
-    child<QLineEdit>(window, "TCPRecvPathTextarea")->setText(files.filePath(QStringLiteral("received.txt")));
+    child<QLineEdit>(window, "TCPRecvPathTextarea")
+        ->setText(files.filePath(QStringLiteral("received.txt")));
     child<QLineEdit>(window, "TCPSendPathTextarea")->setText(sendPath);
     click(window, "TCPRecvFileTextConvertCheckbox");
     save(window, QStringLiteral("tcp"));
