@@ -1,10 +1,16 @@
 // The General tab as a user works with it, against the emulator on loopback: reading the running
 // and the EEPROM copy, writing the running copy with and without a UDP port change (answering the
 // warning box), writing the EEPROM copy, and refusing bad fields.
-#include "generaltabfixture.h"
+#include "tabfixture.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QTimer>
+#include <QUdpSocket>
+
+#include <memory>
 
 namespace {
 
@@ -26,17 +32,33 @@ QString expectedRunningReport(quint16 udpPort)
         .arg(udpPort);
 }
 
-QString readOf(quint32 address)
+// Polls every 10 ms for a modal message box, notes how it looked and presses `answer` on it. The
+// poll ends with the box answered, or with `context` at the end of the test.
+std::shared_ptr<QString> answerNextBox(QObject *context, QMessageBox::StandardButton answer)
 {
-    return QStringLiteral("read %1 64 []").arg(address, 8, 16, QLatin1Char('0'));
+    auto seen = std::make_shared<QString>();
+    auto *poll = new QTimer(context);
+    QObject::connect(poll, &QTimer::timeout, poll, [=] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box)
+            return;
+        poll->stop();
+        *seen = QStringLiteral("%1 | %2 | icon %3, buttons %4, default %5")
+                    .arg(box->windowTitle(), box->text())
+                    .arg(box->icon())
+                    .arg(int(box->standardButtons()))
+                    .arg(box->standardButton(box->defaultButton()));
+        box->button(answer)->click();
+    });
+    poll->start(10);
+    return seen;
 }
 
-QString writeOf(quint32 address, const QByteArray &data)
+// A UDP port nobody uses at the moment, for moving the emulator to.
+quint16 freeUdpPort()
 {
-    return QStringLiteral("write %1 %2 [%3]")
-        .arg(address, 8, 16, QLatin1Char('0'))
-        .arg(data.size())
-        .arg(QString::fromLatin1(data.toHex()));
+    QUdpSocket probe;
+    return probe.bind(QHostAddress(QHostAddress::LocalHost), 0) ? probe.localPort() : 0;
 }
 
 } // namespace
@@ -60,96 +82,85 @@ private slots:
     void badTargetSendsNothing();
     void targetSettingChangeFillsTheTargetFields();
     void withoutAgentNothingHappens();
-    void focusOrder();
 
 private:
-    GeneralTabFixture f;
+    [[nodiscard]] QString shownReport() const
+    {
+        return f->child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
+    }
+
+    std::unique_ptr<GeneralTabFixture> f;
 };
 
 void TestGeneralTab::init()
 {
-    QVERIFY2(f.start(), qPrintable(f.m_sim.errorString()));
+    f = std::make_unique<GeneralTabFixture>();
+    QVERIFY(f->start());
 }
 
 void TestGeneralTab::cleanup()
 {
-    f.stop();
+    f.reset();
 }
 
 void TestGeneralTab::readRunningCopyShowsTheReport()
 {
-    const quint16 port = f.m_sim.udpPort();
-    f.click("GenReadButton");
+    const quint16 port = f->simThread.udpPort();
+    f->click("GenReadButton");
 
-    const QString shown = f.child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
-    QCOMPARE(shown, expectedRunningReport(port));
-    QCOMPARE(f.m_reports->results, QStringList{"Reading Mavix setting is successed"});
-    QCOMPARE(f.m_reports->errors, QStringList());
-    QCOMPARE(f.m_succeeded->count(), 1);
-    QCOMPARE(f.m_failed->count(), 0);
-    QCOMPARE(describeAccesses(f.accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
-
-    // The running copy is the device the tool talks to: it becomes the current target.
-    QCOMPARE(f.m_changed->count(), 1);
-    const auto announced = f.m_changed->first().first().value<MavixSetting>();
-    QCOMPARE(announced.textReport(), MavixSetting::current().textReport());
-    QCOMPARE(announced.udpPort, port);
-    QCOMPARE(announced.tcpCommandPort, quint16(8023));
+    QCOMPARE(shownReport(), expectedRunningReport(port));
+    QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
+    QCOMPARE(f->reports.errors, QStringList());
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
+    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
+    // The running copy is the device the tool talks to: the whole record becomes the target.
+    const auto announced = f->changed.first().first().value<MavixSetting>();
+    QCOMPARE(announced.textReport().remove(QLatin1Char('\r')), expectedRunningReport(port));
+    QCOMPARE(MavixSetting::current().textReport(), announced.textReport());
 }
 
 void TestGeneralTab::readEepromCopyLeavesTheTargetAlone()
 {
-    MavixSetting before = MavixSetting::current();
-    f.child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
-    QVERIFY(f.m_tab->isEEPROMAccessChecked());
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
+    f->click("GenReadButton");
 
-    f.click("GenReadButton");
-
-    const QString shown = f.child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
-    QVERIFY2(shown.contains(QStringLiteral("IP Address : 127.0.0.7 \n")), qPrintable(shown));
-    QVERIFY(shown.contains(QStringLiteral("UDP Port : 7777 \n")));
-    QCOMPARE(describeAccesses(f.accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
-    QCOMPARE(f.m_changed->count(), 0);
-    QCOMPARE(f.m_succeeded->count(), 1);
-    QCOMPARE(f.text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
-    QCOMPARE(f.text("GenTargetUDPPortTextarea"), QString::number(f.m_sim.udpPort()));
-    // The current target holds what the target fields said before the read, nothing of the EEPROM.
-    before.ipAddress = QStringLiteral("127.0.0.1");
-    before.tcpDataPort = 24;
-    before.udpPort = f.m_sim.udpPort();
-    QCOMPARE(MavixSetting::current().textReport(), before.textReport());
+    QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.7 \n")));
+    QVERIFY(shownReport().contains(QStringLiteral("UDP Port : 7777 \n")));
+    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 0"));
+    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
+    // The current target holds what the target fields said, nothing of the EEPROM copy.
+    MavixSetting target;
+    target.ipAddress = QStringLiteral("127.0.0.1");
+    target.udpPort = f->simThread.udpPort();
+    QCOMPARE(MavixSetting::current().textReport(), target.textReport());
 }
 
 void TestGeneralTab::writeRunningCopyWithOnlyANewIPAddress()
 {
-    const quint16 port = f.m_sim.udpPort();
-    f.setWriteFields(QStringLiteral("127.0.0.2"), QStringLiteral("24"), QString::number(port));
-    const auto box = std::make_shared<BoxAnswer>();
-    answerNextBox(f.m_boxContext.get(), QMessageBox::No, box,
-                  0); // a box would be answered and fail the test
+    f->setWriteFields(QStringLiteral("127.0.0.2"), QStringLiteral("24"),
+                      QString::number(f->simThread.udpPort()));
+    const auto box = answerNextBox(&f->tab, QMessageBox::No);
 
-    f.click("GenWriteButton");
+    f->click("GenWriteButton");
 
-    QVERIFY(!box->shown);
-    QByteArray expected = f.m_runningBefore;
+    QCOMPARE(*box, QString()); // no box
+    QByteArray expected = f->runningBefore;
     expected.replace(24, 4, QByteArray::fromHex("7F000002"));
-    QCOMPARE(describeAccesses(f.accesses()),
+    QCOMPARE(describe(f->accesses()),
              (QStringList{readOf(MavixSetting::kRunningBase), readOf(MavixSetting::kRunningBase),
                           writeOf(MavixSetting::kRunningBase, expected.left(17)),
                           writeOf(MavixSetting::kRunningBase + 0x18, expected.mid(24))}));
-    QCOMPARE(f.sim()->peek(MavixSetting::kRunningBase, 64), expected);
-    QCOMPARE(f.m_reports->results, QStringList{"Writing Mavix setting is successed"});
-    QCOMPARE(f.m_succeeded->count(), 1);
-    QCOMPARE(f.m_changed->count(), 1);
-    QCOMPARE(f.m_changed->first().first().value<MavixSetting>().ipAddress,
+    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), expected);
+    QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
+    QCOMPARE(f->changed.first().first().value<MavixSetting>().ipAddress,
              QStringLiteral("127.0.0.2"));
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.2"));
     // The report shows the record written; the target follows the device to its new address.
-    QVERIFY(f.child<QPlainTextEdit>("GenSettingDataTextarea")
-                ->toPlainText()
-                .contains(QStringLiteral("IP Address : 127.0.0.2 \n")));
-    QCOMPARE(f.text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.2"));
-    QCOMPARE(f.m_agent->targetAddress(), QHostAddress(QStringLiteral("127.0.0.2")));
+    QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.2 \n")));
+    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.2"));
+    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.2"));
+    QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.2")));
 }
 
 void TestGeneralTab::writeNewUdpPortAsksFirst_data()
@@ -162,83 +173,66 @@ void TestGeneralTab::writeNewUdpPortAsksFirst_data()
 void TestGeneralTab::writeNewUdpPortAsksFirst()
 {
     QFETCH(bool, yes);
-    const quint16 oldPort = f.m_sim.udpPort();
+    const quint16 oldPort = f->simThread.udpPort();
     const quint16 newPort = freeUdpPort();
     QVERIFY(newPort != 0 && newPort != oldPort);
-    f.setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), QString::number(newPort));
-    const auto box = std::make_shared<BoxAnswer>();
-    answerNextBox(f.m_boxContext.get(), yes ? QMessageBox::Yes : QMessageBox::No, box);
+    f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), QString::number(newPort));
+    const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
 
-    f.click("GenWriteButton");
+    f->click("GenWriteButton");
 
-    QVERIFY(box->shown);
-    QCOMPARE(box->title, QStringLiteral("warning"));
-    QCOMPARE(box->text,
-             QStringLiteral("It is recommended to enable EEPROM Access and rewrite UDP "
-                            "port. If you want to continue, please select yes as it is."));
-    QCOMPARE(box->icon, QMessageBox::Warning);
-    QCOMPARE(box->buttons, QMessageBox::Yes | QMessageBox::No);
-    QCOMPARE(box->defaultButton, QMessageBox::No);
-
-    const QStringList reads{readOf(MavixSetting::kRunningBase), readOf(MavixSetting::kRunningBase)};
+    QCOMPARE(*box, QStringLiteral("warning | It is recommended to enable EEPROM Access and rewrite "
+                                  "UDP port. If you want to continue, please select yes as it is. "
+                                  "| icon %1, buttons %2, default %3")
+                       .arg(QMessageBox::Warning)
+                       .arg(int(QMessageBox::Yes | QMessageBox::No))
+                       .arg(QMessageBox::No));
     if (!yes) {
-        QCOMPARE(describeAccesses(f.accesses()), reads);
-        QCOMPARE(f.sim()->peek(MavixSetting::kRunningBase, 64), f.m_runningBefore);
-        QCOMPARE(f.m_reports->results, QStringList());
-        QCOMPARE(f.m_reports->errors, QStringList());
-        QCOMPARE(f.m_succeeded->count() + f.m_failed->count() + f.m_changed->count(), 0);
-        QCOMPARE(f.text("GenTargetUDPPortTextarea"), QString::number(oldPort));
+        QCOMPARE(describe(f->accesses()), QStringList(2, readOf(MavixSetting::kRunningBase)));
+        QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
+        QCOMPARE(f->reports.results + f->reports.errors, QStringList());
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
+        QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(oldPort));
         return;
     }
-
-    QCOMPARE(f.accesses().size(), 4);
-    QTRY_COMPARE(f.m_sim.udpPort(), newPort);
-    QCOMPARE(f.m_agent->targetPort(), newPort);
-    QCOMPARE(f.text("GenTargetUDPPortTextarea"), QString::number(newPort));
+    QCOMPARE(f->accesses().size(), 4);
+    QTRY_COMPARE(f->simThread.udpPort(), newPort);
+    QCOMPARE(f->agent.targetPort(), newPort);
+    QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(newPort));
     QCOMPARE(MavixSetting::current().udpPort, newPort);
-    QCOMPARE(f.m_changed->count(), 1);
-    QCOMPARE(f.m_succeeded->count(), 1);
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
 
-    // Reading again reaches the device on its new port.
-    f.sim()->clearAccessLog();
-    f.click("GenReadButton");
-    QCOMPARE(f.m_succeeded->count(), 2);
-    QVERIFY(f.child<QPlainTextEdit>("GenSettingDataTextarea")
-                ->toPlainText()
-                .contains(QStringLiteral("UDP Port : %1 \n").arg(newPort)));
+    f->click("GenReadButton"); // reaches the device on its new port
+    QCOMPARE(f->succeeded.count(), 2);
+    QVERIFY(shownReport().contains(QStringLiteral("UDP Port : %1 \n").arg(newPort)));
 }
 
 // The EEPROM copy is written under permission, in four accesses, and never its MAC bytes.
 void TestGeneralTab::writeEepromCopySequence()
 {
-    f.child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
-    f.setWriteFields(QStringLiteral("127.0.0.5"), QStringLiteral("1024"), QStringLiteral("5000"));
-    const auto box = std::make_shared<BoxAnswer>();
-    answerNextBox(f.m_boxContext.get(), QMessageBox::No, box, 0);
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
+    f->setWriteFields(QStringLiteral("127.0.0.5"), QStringLiteral("1024"), QStringLiteral("5000"));
+    const auto box = answerNextBox(&f->tab, QMessageBox::No);
 
-    f.click("GenWriteButton");
+    f->click("GenWriteButton");
 
-    QVERIFY(!box->shown);
-    QByteArray expected = f.m_eepromBefore;
-    expected.replace(24, 6,
-                     QByteArray::fromHex("7F000005"
-                                         "0400"));
+    QCOMPARE(*box, QString()); // no box
+    QByteArray expected = f->eepromBefore;
+    expected.replace(24, 6, QByteArray::fromHex("7F000005 0400"));
     expected.replace(34, 2, QByteArray::fromHex("1388"));
-    const QList<SimAccess> log = f.accesses();
-    QCOMPARE(describeAccesses(log),
+    QCOMPARE(describe(f->accesses()),
              (QStringList{readOf(MavixSetting::kEepromBase),
                           writeOf(MavixSetting::kEepromPermission, QByteArray(1, '\0')),
                           writeOf(MavixSetting::kEepromBase, expected.left(17)),
                           writeOf(MavixSetting::kEepromBase + 0x18, expected.mid(24)),
                           writeOf(MavixSetting::kEepromPermission, QByteArray(1, char(0xFF)))}));
-    QCOMPARE(f.sim()->peek(MavixSetting::kEepromBase, 64), expected);
-    QCOMPARE(f.sim()->peek(MavixSetting::kRunningBase, 64), f.m_runningBefore);
-    QCOMPARE(f.m_reports->results, QStringList{"Writing Mavix setting is successed"});
-    QCOMPARE(f.m_succeeded->count(), 1);
-    QCOMPARE(f.m_changed->count(), 1);
+    QCOMPARE(f->sim()->peek(MavixSetting::kEepromBase, 64), expected);
+    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
+    QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
     // The device keeps running where it is until it restarts: the target stays.
-    QCOMPARE(f.text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
-    QCOMPARE(f.m_agent->targetPort(), f.m_sim.udpPort());
+    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
+    QCOMPARE(f->agent.targetPort(), f->simThread.udpPort());
     QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
 }
 
@@ -248,17 +242,16 @@ void TestGeneralTab::badWriteFieldsWriteNothing_data()
     QTest::addColumn<QString>("tcpPort");
     QTest::addColumn<QString>("udpPort");
     QTest::addColumn<QStringList>("errors");
-    QTest::addRow("any address") << "0.0.0.0"
-                                 << "24"
-                                 << "4660" << QStringList{"0.0.0.0 is invalid"};
-    QTest::addRow("octet above 255 and TCP port too high")
-        << "256.1.1.1"
-        << "65536"
-        << "4660" << QStringList{"IP address is invalid", "TCP Port number must be 0 to 65535"};
-    QTest::addRow("broadcast, no UDP port")
-        << "255.255.255.255"
-        << "24"
-        << "" << QStringList{"255.255.255.255 is invalid", "UDP Port number must be 0 to 65535"};
+    const auto row = [](const char *name, const char *ip, const char *tcp, const char *udp,
+                        const QStringList &errors) {
+        QTest::addRow("%s", name) << QString::fromLatin1(ip) << QString::fromLatin1(tcp)
+                                  << QString::fromLatin1(udp) << errors;
+    };
+    row("any address", "0.0.0.0", "24", "4660", {"0.0.0.0 is invalid"});
+    row("octet above 255 and TCP port too high", "256.1.1.1", "65536", "4660",
+        {"IP address is invalid", "TCP Port number must be 0 to 65535"});
+    row("broadcast, no UDP port", "255.255.255.255", "24", "",
+        {"255.255.255.255 is invalid", "UDP Port number must be 0 to 65535"});
 }
 
 void TestGeneralTab::badWriteFieldsWriteNothing()
@@ -266,29 +259,29 @@ void TestGeneralTab::badWriteFieldsWriteNothing()
     QFETCH(QString, ip);
     QFETCH(QString, tcpPort);
     QFETCH(QString, udpPort);
-    f.setWriteFields(ip, tcpPort, udpPort);
+    f->setWriteFields(ip, tcpPort, udpPort);
 
-    f.click("GenWriteButton");
+    f->click("GenWriteButton");
 
-    QTEST(f.m_reports->errors, "errors");
-    QCOMPARE(describeAccesses(f.accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
-    QCOMPARE(f.m_succeeded->count() + f.m_failed->count() + f.m_changed->count(), 0);
-    QCOMPARE(f.sim()->peek(MavixSetting::kRunningBase, 64), f.m_runningBefore);
+    QTEST(f->reports.errors, "errors");
+    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
+    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
 }
 
 void TestGeneralTab::badTargetSendsNothing()
 {
-    f.child<QLineEdit>("GenTargetIPAddressTextarea")->setText(QStringLiteral("0.0.0.0"));
-    f.child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("70000"));
-    f.click("GenReadButton");
-    f.click("GenWriteButton");
+    f->child<QLineEdit>("GenTargetIPAddressTextarea")->setText(QStringLiteral("0.0.0.0"));
+    f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("70000"));
+    f->click("GenReadButton");
+    f->click("GenWriteButton");
 
     const QStringList once{"0.0.0.0 is invalid", "UDP Port number must be 0 to 65535"};
-    QCOMPARE(f.m_reports->errors, once + once);
-    QVERIFY(f.accesses().isEmpty());
-    QCOMPARE(f.m_succeeded->count() + f.m_failed->count(), 0);
-    QVERIFY(!f.m_tab->applyTargetFields(false));
-    QCOMPARE(f.m_reports->errors.size(), 4);
+    QCOMPARE(f->reports.errors, once + once);
+    QVERIFY(f->accesses().isEmpty());
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
+    QVERIFY(!f->tab.applyTargetFields(false));
+    QCOMPARE(f->reports.errors.size(), 4); // checked silently when asked to be
 }
 
 void TestGeneralTab::targetSettingChangeFillsTheTargetFields()
@@ -297,47 +290,28 @@ void TestGeneralTab::targetSettingChangeFillsTheTargetFields()
     setting.ipAddress = QStringLiteral("127.0.0.9");
     setting.tcpDataPort = 2424;
     setting.udpPort = 4661;
-    f.m_tab->applyTargetSettingChange(setting);
+    f->tab.applyTargetSettingChange(setting);
 
-    QCOMPARE(f.text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.9"));
-    QCOMPARE(f.text("GenTargetTCPPortTextarea"), QStringLiteral("2424"));
-    QCOMPARE(f.text("GenTargetUDPPortTextarea"), QStringLiteral("4661"));
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
-    QCOMPARE(f.m_changed->count(), 0);
-    QVERIFY(f.accesses().isEmpty());
+    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.9"));
+    QCOMPARE(f->text("GenTargetTCPPortTextarea"), QStringLiteral("2424"));
+    QCOMPARE(f->text("GenTargetUDPPortTextarea"), QStringLiteral("4661"));
+    QCOMPARE(MavixSetting::current().textReport(), setting.textReport());
+    QCOMPARE(f->changed.count(), 0);
+    QVERIFY(f->accesses().isEmpty());
 }
 
+// Until the agent is handed over the tab is not ready: its slots do nothing at all.
 void TestGeneralTab::withoutAgentNothingHappens()
 {
     GeneralTab lonely;
     QSignalSpy failed(&lonely, &GeneralTab::transmissionFailed);
-    lonely.setTargetFields(QStringLiteral("127.0.0.1"), QString(), QString());
+    lonely.setTargetFields(QStringLiteral("127.0.0.1"), QString(), QString()); // never the default
     QVERIFY(!lonely.isReady());
     lonely.readDeviceInformation();
     lonely.writeDeviceInformation();
     QVERIFY(!lonely.applyTargetFields(true));
     QCOMPARE(failed.count(), 0);
-    QVERIFY(f.m_reports->errors.isEmpty());
-    // An empty part of a preset target leaves its field as it was.
-    QCOMPARE(lonely.targetTCPPortText(), QStringLiteral("24"));
-    QCOMPARE(lonely.targetUDPPortText(), QStringLiteral("4660"));
-}
-
-void TestGeneralTab::focusOrder()
-{
-    const QStringList expected{"GenTargetIPAddressTextarea", "GenTargetTCPPortTextarea",
-                               "GenTargetUDPPortTextarea",   "GenReadButton",
-                               "GenWriteIPAddressTextarea",  "GenWriteTCPPortTextarea",
-                               "GenWriteUDPPortTextarea",    "GenWriteButton",
-                               "GenEEPROMAccessCheckbox",    "GenSettingDataTextarea"};
-    QStringList chain;
-    QWidget *widget = f.child<QWidget>("GenTargetIPAddressTextarea");
-    for (int i = 0; i < 60 && chain.size() < expected.size(); ++i) {
-        if ((widget->focusPolicy() & Qt::TabFocus) && expected.contains(widget->objectName()))
-            chain << widget->objectName();
-        widget = widget->nextInFocusChain();
-    }
-    QCOMPARE(chain, expected);
+    QVERIFY(f->reports.errors.isEmpty());
 }
 
 QTEST_MAIN(TestGeneralTab)

@@ -1,8 +1,9 @@
 // Device silence during each step of the General and Control(UDP) tabs' accesses: the emulator
 // drops one reply, the tab waits its full 10 s, reports that step's time-out, signals the failure
-// and goes no further. Slow by nature: one real time-out per row.
-#include "generaltabfixture.h"
+// and goes no further. Slow by nature: one real time-out per row, and every row needs its own,
+// since each access blocks the GUI thread and a silent step ends the operation.
 #include "settings/udptab.h"
+#include "tabfixture.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,68 +14,51 @@ class TestSettingTimeouts : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void generalTabStep_data();
     void generalTabStep();
     void udpTabAccess_data();
     void udpTabAccess();
-
-private:
-    GeneralTabFixture f;
 };
-
-void TestSettingTimeouts::init()
-{
-    QVERIFY2(f.start(), qPrintable(f.m_sim.errorString()));
-}
-
-void TestSettingTimeouts::cleanup()
-{
-    f.stop();
-}
 
 void TestSettingTimeouts::generalTabStep_data()
 {
-    QTest::addColumn<bool>("write");
     QTest::addColumn<bool>("eeprom");
-    QTest::addColumn<int>("droppedRequest");
+    QTest::addColumn<int>("droppedRequest"); // 1 is a Read; the later ones steps of a Write
     QTest::addColumn<QString>("message");
-
-    QTest::addRow("reading the running copy")
-        << false << false << 1 << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("obtaining EEPROM permission")
-        << true << true << 2 << "Response to obtaining permisssion to write in EEPROM is timeout";
-    QTest::addRow("writing the image")
-        << true << false << 3 << "Response to writing Mavix Setting is timeout";
-    QTest::addRow("releasing EEPROM permission")
-        << true << true << 5 << "Response to permisssion release to write in EEPROM is timeout";
+    const auto row = [](const char *step, bool eeprom, int dropped, const char *message) {
+        QTest::addRow("%s", step) << eeprom << dropped << QString::fromLatin1(message);
+    };
+    row("reading the running copy", false, 1, "Response to reading Mavix Setting is timeout");
+    row("obtaining EEPROM permission", true, 2,
+        "Response to obtaining permisssion to write in EEPROM is timeout");
+    row("writing the image", false, 3, "Response to writing Mavix Setting is timeout");
+    row("releasing EEPROM permission", true, 5,
+        "Response to permisssion release to write in EEPROM is timeout");
 }
 
 void TestSettingTimeouts::generalTabStep()
 {
-    QFETCH(bool, write);
     QFETCH(bool, eeprom);
     QFETCH(int, droppedRequest);
     QFETCH(QString, message);
+    GeneralTabFixture f;
+    QVERIFY(f.start());
     f.child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
     f.setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
-                     QString::number(f.m_sim.udpPort()));
+                     QString::number(f.simThread.udpPort()));
     f.dropReplyTo(droppedRequest);
 
-    f.click(write ? "GenWriteButton" : "GenReadButton");
+    f.click(droppedRequest == 1 ? "GenReadButton" : "GenWriteButton");
 
-    QCOMPARE(f.m_reports->errors, QStringList{message});
-    QCOMPARE(f.m_reports->results, QStringList());
-    QCOMPARE(f.m_failed->count(), 1);
-    QCOMPARE(f.m_succeeded->count(), 0);
-    // Nothing is tried after the silent step.
-    QCOMPARE(f.accesses().size(), droppedRequest);
-    if (message == QLatin1String("Response to writing Mavix Setting is timeout")) {
+    QCOMPARE(f.reports.errors, QStringList{message});
+    QCOMPARE(f.reports.results, QStringList());
+    QCOMPARE(f.failed.count(), 1);
+    QCOMPARE(f.succeeded.count(), 0);
+    QCOMPARE(f.accesses().size(), droppedRequest); // nothing is tried after the silent step
+    if (droppedRequest == 3) {
         // A device that took its new address before answering is looked for there.
-        QCOMPARE(f.m_agent->targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
-        QCOMPARE(f.m_changed->count(), 0);
+        QCOMPARE(f.agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
+        QCOMPARE(f.changed.count(), 0);
     }
 }
 
@@ -89,27 +73,19 @@ void TestSettingTimeouts::udpTabAccess_data()
 void TestSettingTimeouts::udpTabAccess()
 {
     QFETCH(bool, write);
-    QFETCH(QString, message);
-    WrenAgent agent;
-    agent.setTarget(QHostAddress(QHostAddress::LocalHost), f.m_sim.udpPort());
-    UDPTab tab;
-    tab.setAgent(&agent);
-    QSignalSpy failed(&tab, &UDPTab::transmissionFailed);
-    tab.findChild<QComboBox *>(QStringLiteral("UDPRegisterAddressCombobox"))
-        ->setEditText(QStringLiteral("1000"));
-    tab.findChild<QComboBox *>(QStringLiteral("UDPDataLengthCombobox"))
-        ->setEditText(QStringLiteral("2"));
-    auto *data = tab.findChild<QTextEdit *>(QStringLiteral("UDPDataTextarea"));
+    TabFixture<UDPTab> f;
+    QVERIFY(f.start());
+    f.child<QComboBox>("UDPRegisterAddressCombobox")->setEditText(QStringLiteral("1000"));
+    f.child<QComboBox>("UDPDataLengthCombobox")->setEditText(QStringLiteral("2"));
+    auto *data = f.child<QTextEdit>("UDPDataTextarea");
     data->setPlainText(QStringLiteral("12 34"));
     f.dropReplyTo(1);
 
-    if (write)
-        tab.writeMemory();
-    else
-        tab.readMemory();
+    f.click(write ? "UDPWriteButton" : "UDPReadButton");
 
-    QCOMPARE(f.m_reports->errors, QStringList{message});
-    QCOMPARE(failed.count(), 1);
+    QTEST(f.reports.errors.join(QLatin1Char('\n')), "message");
+    QCOMPARE(f.failed.count(), 1);
+    QCOMPARE(f.succeeded.count(), 0);
     QCOMPARE(data->toPlainText(), QStringLiteral("12 34")); // a failed read leaves the text
 }
 

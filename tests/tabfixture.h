@@ -1,0 +1,150 @@
+// What the register tab tests share: an emulator on its own thread, an agent aimed at it, the tab
+// under test shown with its outcome signals watched, and the texts reported to the user. The
+// General tab aims the agent itself, from its target fields, at known settings images.
+#pragma once
+
+#include "reportcollector.h"
+#include "settings/generaltab.h"
+#include "sim/mavixsim.h"
+#include "sim/simthread.h"
+#include "wren/wrenagent.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtEndian>
+#include <QtTest>
+
+// Accesses as the emulator recorded them, in a form QCOMPARE prints readably.
+inline QString readOf(quint32 address, int length = 64)
+{
+    return QStringLiteral("read %1 %2").arg(address, 8, 16, QLatin1Char('0')).arg(length);
+}
+// A write whose length field is not the size of its data shows both.
+inline QString writeOf(quint32 address, const QByteArray &data, int length = -1)
+{
+    return QStringLiteral("write %1 %2 [%3]")
+        .arg(address, 8, 16, QLatin1Char('0'))
+        .arg(length < 0 ? data.size() : length)
+        .arg(QString::fromLatin1(data.toHex()));
+}
+inline QStringList describe(const QList<SimAccess> &log)
+{
+    QStringList lines;
+    for (const SimAccess &access : log) {
+        lines << (access.direction == SimAccess::Write
+                      ? writeOf(access.address, access.data, access.length)
+                      : readOf(access.address, access.length));
+    }
+    return lines;
+}
+
+template <typename Tab> class TabFixture
+{
+public:
+    // aimAgent false leaves the agent without a target, for a tab that must set it itself.
+    [[nodiscard]] bool start(bool aimAgent = true)
+    {
+        if (!simThread.start()) {
+            qWarning("emulator did not start: %s", qPrintable(simThread.errorString()));
+            return false;
+        }
+        if (aimAgent)
+            agent.setTarget(QHostAddress(QHostAddress::LocalHost), simThread.udpPort());
+        tab.setAgent(&agent);
+        tab.show();
+        return QTest::qWaitForWindowExposed(&tab);
+    }
+
+    template <typename T> T *child(const char *name) const
+    {
+        T *widget = tab.template findChild<T *>(QLatin1String(name));
+        if (!widget)
+            qFatal("no widget %s", name);
+        return widget;
+    }
+    void click(const char *button) const
+    {
+        QTest::mouseClick(child<QPushButton>(button), Qt::LeftButton);
+    }
+
+    // The emulator gives no reply to the n-th request from now on (1 = the next one).
+    void dropReplyTo(int n) const
+    {
+        SimFaults faults;
+        faults.dropEveryNth = quint32(sim()->counters().requests) + quint32(n);
+        sim()->setFaults(faults);
+    }
+    [[nodiscard]] QString outcome() const
+    {
+        return QStringLiteral("succeeded %1, failed %2").arg(succeeded.count()).arg(failed.count());
+    }
+    [[nodiscard]] MavixSim *sim() const { return simThread.sim(); }
+    [[nodiscard]] QList<SimAccess> accesses() const { return sim()->accessLog(); }
+
+    SimThread simThread; // declared first: the emulator outlives everything that talks to it
+    WrenAgent agent;
+    Tab tab;
+    ReportCollector reports;
+    QSignalSpy succeeded{&tab, &Tab::transmissionSuccessed};
+    QSignalSpy failed{&tab, &Tab::transmissionFailed};
+};
+
+// A settings image whose every byte is known: the bytes the tool does not interpret differ from
+// the emulator's own, so that a test sees whether they come back unchanged.
+inline QByteArray knownImage(const QString &ip, quint16 udpPort, quint16 tcpPort)
+{
+    QByteArray image(64, '\0');
+    for (int i = 0; i < 16; ++i)
+        image[i] = char(0x30 + i);
+    image[16] = char(0xA5); // keep-alive on, with other bits set
+    image[17] = char(0x77);
+    image.replace(18, 6, QByteArray::fromHex("021122334455"));
+    qToBigEndian<quint32>(QHostAddress(ip).toIPv4Address(), image.data() + 24);
+    const quint16 values[] = {tcpPort, 8023, 1400, udpPort, 2000, 30000, 4000, 1000, 250, 125};
+    for (int i = 0; i < 10; ++i)
+        qToBigEndian<quint16>(values[i], image.data() + 28 + 2 * i);
+    for (int i = 48; i < 64; ++i)
+        image[i] = char(0xE0 + (i - 48));
+    return image;
+}
+
+class GeneralTabFixture : public TabFixture<GeneralTab>
+{
+public:
+    ~GeneralTabFixture() { MavixSetting::setCurrent(MavixSetting()); }
+
+    [[nodiscard]] bool start()
+    {
+        if (!TabFixture::start(false))
+            return false;
+        const QString udpPort = QString::number(simThread.udpPort());
+        tab.setTargetFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), udpPort);
+        setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), udpPort);
+        runningBefore = knownImage(QStringLiteral("127.0.0.1"), simThread.udpPort(), 24);
+        eepromBefore = knownImage(QStringLiteral("127.0.0.7"), 7777, 1024);
+        sim()->poke(MavixSetting::kRunningBase, runningBefore);
+        sim()->poke(MavixSetting::kEepromBase, eepromBefore);
+        return true;
+    }
+
+    void setWriteFields(const QString &ip, const QString &tcpPort, const QString &udpPort) const
+    {
+        child<QLineEdit>("GenWriteIPAddressTextarea")->setText(ip);
+        child<QLineEdit>("GenWriteTCPPortTextarea")->setText(tcpPort);
+        child<QLineEdit>("GenWriteUDPPortTextarea")->setText(udpPort);
+    }
+    [[nodiscard]] QString text(const char *lineEdit) const
+    {
+        return child<QLineEdit>(lineEdit)->text();
+    }
+
+    [[nodiscard]] QString outcome() const
+    {
+        return TabFixture::outcome() + QStringLiteral(", changed %1").arg(changed.count());
+    }
+
+    QSignalSpy changed{&tab, &GeneralTab::targetSettingChanged};
+    QByteArray runningBefore;
+    QByteArray eepromBefore;
+};
