@@ -4,10 +4,10 @@
 #include "app/log.h"
 #include "app/report.h"
 #include "tcp/tcpoutputoption.h"
+#include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
 #include "ui_tcprecvinfodlg.h"
 
-#include <QFontDatabase>
 #include <QMetaObject>
 #include <QMutexLocker>
 #include <QScrollBar>
@@ -40,13 +40,9 @@ TCPRecvInfoDlg::TCPRecvInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::
 {
     m_ui->setupUi(this);
     setModal(false);
-    for (QLineEdit *field : {m_ui->SizeTextarea, m_ui->TimeTextarea, m_ui->RateTextarea}) {
-        QFont font = field->font();
-        font.setStyleHint(QFont::Monospace);
-        field->setFont(font);
-    }
-    m_ui->DataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    m_ui->DataTextarea->setMaximumBlockCount(kMaximumLineCount);
+    m_figures = {m_ui->SizeTextarea,     m_ui->TCPSizeUnitLabel, m_ui->TimeTextarea,
+                 m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
+    m_figures.prepare(m_ui->DataTextarea);
 
     if (TCPThread *worker = TCPThread::instance())
         m_status = worker->recvStatus();
@@ -236,16 +232,7 @@ void TCPRecvInfoDlg::refreshFigures()
 {
     if (!m_elapsedTimer.isValid())
         return;
-    const qint64 elapsedMs = runElapsedMs();
-    const TransferFigure size = TransferFigures::sizeFigure(m_recvSize);
-    const TransferFigure time = TransferFigures::timeFigure(elapsedMs);
-    const TransferFigure rate = TransferFigures::rateFigure(m_recvSize, elapsedMs);
-    m_ui->SizeTextarea->setText(size.value);
-    m_ui->TCPSizeUnitLabel->setText(size.unit);
-    m_ui->TimeTextarea->setText(time.value);
-    m_ui->TCPTimeUnitLabel->setText(time.unit);
-    m_ui->RateTextarea->setText(rate.value);
-    m_ui->RateUnitLabel->setText(rate.unit);
+    m_figures.show(m_recvSize, runElapsedMs());
 }
 
 // Text output

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tcp/tcpthread.h"
+#include "tcp/transferfigurefields.h"
 
 #include <QByteArray>
 #include <QDialog>
@@ -27,7 +28,7 @@ public:
     static constexpr qsizetype kPendingLimitBytes = 4096;
     // The data area drops its oldest lines beyond this many, and breaks lines longer than
     // kLongestLineChars, so that a full-rate stream never makes it slow to lay out.
-    static constexpr int kMaximumLineCount = 5000;
+    static constexpr int kMaximumLineCount = TransferFigureFields::kMaximumLineCount;
     static constexpr qsizetype kLongestLineChars = 1024;
 
     explicit TCPRecvInfoDlg(QWidget *parent = nullptr);
@@ -62,6 +63,7 @@ private:
     [[nodiscard]] static TCPOutputOption *option();
 
     std::unique_ptr<Ui::TCPRecvInfoDlg> m_ui;
+    TransferFigureFields m_figures;
     QTimer *m_progressTimer = nullptr; // child "progressTimer", running for the dialog's life
     QElapsedTimer m_elapsedTimer;
     qint64 m_stoppedElapsedMs = -1; // frozen run time once the receive has ended

@@ -4,11 +4,11 @@
 #include "app/log.h"
 #include "app/report.h"
 #include "tcp/tcpoutputoption.h"
+#include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
 #include "ui_tcpsendinfodlg.h"
 
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QMetaObject>
 #include <QTextCursor>
 
@@ -16,13 +16,9 @@ TCPSendInfoDlg::TCPSendInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::
 {
     m_ui->setupUi(this);
     setModal(false);
-    for (QLineEdit *field : {m_ui->SizeTextarea, m_ui->TimeTextarea, m_ui->RateTextarea}) {
-        QFont font = field->font();
-        font.setStyleHint(QFont::Monospace);
-        field->setFont(font);
-    }
-    m_ui->DataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    m_ui->DataTextarea->setMaximumBlockCount(kMaximumLineCount);
+    m_figures = {m_ui->SizeTextarea,     m_ui->TCPSizeUnitLabel, m_ui->TimeTextarea,
+                 m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
+    m_figures.prepare(m_ui->DataTextarea);
     if (TCPOutputOption *sendOption = option())
         m_ui->DataShowCheckbox->setChecked(sendOption->showData());
 
@@ -155,15 +151,7 @@ void TCPSendInfoDlg::showProgress(qint64 sentSize, qint64 fileSize, qint64 elaps
 
 void TCPSendInfoDlg::refreshDisplay()
 {
-    const TransferFigure size = TransferFigures::sizeFigure(m_sentSize);
-    const TransferFigure time = TransferFigures::timeFigure(m_elapsedMsec);
-    const TransferFigure rate = TransferFigures::rateFigure(m_sentSize, m_elapsedMsec);
-    m_ui->SizeTextarea->setText(size.value);
-    m_ui->TCPSizeUnitLabel->setText(size.unit);
-    m_ui->TimeTextarea->setText(time.value);
-    m_ui->TCPTimeUnitLabel->setText(time.unit);
-    m_ui->RateTextarea->setText(rate.value);
-    m_ui->RateUnitLabel->setText(rate.unit);
+    m_figures.show(m_sentSize, m_elapsedMsec);
 
     const ProgressBarRange range = TransferFigures::progressBarRange(m_fileSize, m_sentSize);
     if (m_status != TS_RUN || range.maximum == 0) { // an empty range would show a busy bar

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tcp/tcpthread.h"
+#include "tcp/transferfigurefields.h"
 
 #include <QDialog>
 
@@ -20,7 +21,7 @@ class TCPSendInfoDlg : public QDialog
 public:
     // Display
     static constexpr qint64 kRefreshIntervalMs = 501;
-    static constexpr int kMaximumLineCount = 5000;
+    static constexpr int kMaximumLineCount = TransferFigureFields::kMaximumLineCount;
 
     explicit TCPSendInfoDlg(QWidget *parent = nullptr);
     ~TCPSendInfoDlg() override;
@@ -43,6 +44,7 @@ private:
     [[nodiscard]] static qint64 sendFileSize();
 
     std::unique_ptr<Ui::TCPSendInfoDlg> m_ui;
+    TransferFigureFields m_figures;
     qint64 m_sentSize = 0;
     qint64 m_fileSize = 0;
     qint64 m_elapsedMsec = 1;
