@@ -69,10 +69,10 @@ void tst_MainWindow::tabsInFormOrder()
     QStringList titles;
     for (int i = 0; i < tabs->count(); ++i)
         titles << tabs->tabText(i);
-    QCOMPARE(titles, (QStringList{"General", "Control(UDP)", "Data(TCP)"}));
+    QCOMPARE(titles,
+             (QStringList{"General", "Control(UDP)", "Data(TCP)", "ZEL-RS232C", "ZEL-GPIB"}));
     QCOMPARE(tabs->widget(0)->objectName(), QStringLiteral("generalTab"));
-    QCOMPARE(tabs->widget(1)->objectName(), QStringLiteral("udpTab"));
-    QCOMPARE(tabs->widget(2)->objectName(), QStringLiteral("tcpTab"));
+    QCOMPARE(tabs->widget(4)->objectName(), QStringLiteral("zelgpibTab"));
 }
 
 void tst_MainWindow::windowFrame()

@@ -4,6 +4,10 @@
 #include "app/report.h"
 #include "app/startupoptions.h"
 #include "app/validators.h"
+#include "modules/zelgpibtab.h"
+#include "modules/zelrs232ctab.h"
+#include "server/servertab.h"
+#include "settings/experttab.h"
 #include "settings/generaltab.h"
 #include "settings/udptab.h"
 #include "tcp/tcptab.h"
@@ -109,6 +113,16 @@ TCPTab *MainWindow::tcpTab() const
     return m_ui->tcpTab;
 }
 
+ZELRS232CTab *MainWindow::zelrs232cTab() const
+{
+    return m_ui->zelrs232cTab;
+}
+
+ZELGPIBTab *MainWindow::zelgpibTab() const
+{
+    return m_ui->zelgpibTab;
+}
+
 void MainWindow::loadTranslation()
 {
     auto *translator = new QTranslator(qApp);
@@ -134,10 +148,32 @@ void MainWindow::initTabs(const QString &presetTarget)
     udpTab()->setExpertMode(m_expert);
 
     setErrorTitle(tr("Error"));
+    removeTabsOfOtherModes();
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+}
+
+// The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
+// Detail, server mode adds Server.
+void MainWindow::removeTabsOfOtherModes()
+{
+    m_expertTab = m_ui->expertTab;
+    m_serverTab = m_ui->serverTab;
+    QTabWidget *tabs = m_ui->modeTab;
+    if (!m_expert) {
+        tabs->removeTab(tabs->indexOf(m_expertTab));
+        delete m_expertTab;
+        m_expertTab = nullptr;
+    }
+    if (!m_serverMode) {
+        tabs->removeTab(tabs->indexOf(m_serverTab));
+        delete m_serverTab;
+        m_serverTab = nullptr;
+    }
+    m_ui->expertTab = nullptr;
+    m_ui->serverTab = nullptr;
 }
 
 // "-target:HOST[:UDPPORT[:TCPPORT]]" fills the General tab's target fields before the first apply.

@@ -10,12 +10,16 @@
 namespace Ui {
 class MainWindow;
 }
+class ExpertTab;
 class GeneralTab;
 class QAction;
 class QShortcut;
+class ServerTab;
 class TCPTab;
 class UDPTab;
 class WrenAgent;
+class ZELGPIBTab;
+class ZELRS232CTab;
 
 class MainWindow : public QMainWindow
 {
@@ -32,6 +36,11 @@ public:
     [[nodiscard]] GeneralTab *generalTab() const;
     [[nodiscard]] UDPTab *udpTab() const;
     [[nodiscard]] TCPTab *tcpTab() const;
+    [[nodiscard]] ZELRS232CTab *zelrs232cTab() const;
+    [[nodiscard]] ZELGPIBTab *zelgpibTab() const;
+    // Null when the mode does not show the tab.
+    [[nodiscard]] ExpertTab *expertTab() const { return m_expertTab; }
+    [[nodiscard]] ServerTab *serverTab() const { return m_serverTab; }
     [[nodiscard]] WrenAgent *agent() const { return m_agent; }
 
 signals:
@@ -47,12 +56,15 @@ public slots:
 private:
     void loadTranslation();
     void initTabs(const QString &presetTarget);
+    void removeTabsOfOtherModes();
     void applyPresetTarget(const QString &presetTarget);
     void connectTabs();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;
     WrenAgent *m_agent = nullptr;
+    ExpertTab *m_expertTab = nullptr;
+    ServerTab *m_serverTab = nullptr;
     bool m_expert = false;
     bool m_serverMode = false;
     int m_uiPort = 0;

@@ -1,5 +1,6 @@
 #include "wren/wrenagent.h"
 
+#include "app/accessgate.h"
 #include "app/log.h"
 #include "wren/wrenpacket.h"
 
@@ -9,7 +10,7 @@ namespace {
 constexpr quint32 kCommandKindRegister = 1;
 } // namespace
 
-WrenAgent::WrenAgent(QObject *parent) : QObject(parent) {}
+WrenAgent::WrenAgent(QObject *parent) : QObject(parent), m_gate(new AccessGate(this)) {}
 
 void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
 {

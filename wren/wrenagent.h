@@ -8,6 +8,7 @@
 #include <QHostAddress>
 #include <QObject>
 
+class AccessGate;
 class QUdpSocket;
 class WrenPacket;
 
@@ -30,6 +31,10 @@ public:
     // Local port of the current socket, 0 while there is none or it is unbound.
     [[nodiscard]] quint16 localPort() const;
 
+    // The gate every device operation of the program goes through (owned by the agent): register
+    // accesses here, module exchanges and server commands in their own code.
+    [[nodiscard]] AccessGate *gate() const { return m_gate; }
+
     // Accesses; both block for at most timeoutMs and throw WrenError on a failed reply.
     QByteArray write(quint32 address, const QByteArray &data, int timeoutMs, bool remote = false);
     QByteArray read(quint32 address, quint8 length, int timeoutMs, bool remote = false);
@@ -45,6 +50,7 @@ private:
     QByteArray checkReply(const WrenPacket &request, QByteArray received);
     [[noreturn]] void fail(const WrenPacket &reply, quint32 code);
 
+    AccessGate *m_gate = nullptr;
     quint32 m_packetIdCounter = 0;
     QUdpSocket *m_socket = nullptr;
     QHostAddress m_targetAddress{QHostAddress::LocalHost};

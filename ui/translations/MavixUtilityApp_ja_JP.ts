@@ -153,6 +153,22 @@
         <source>%1 | Error:%2</source>
         <translation>%1 | エラー:%2</translation>
     </message>
+    <message>
+        <source>ZEL-RS232C</source>
+        <translation>ZEL-RS232C</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB</source>
+        <translation>ZEL-GPIB</translation>
+    </message>
+    <message>
+        <source>Detail</source>
+        <translation>詳細</translation>
+    </message>
+    <message>
+        <source>Server</source>
+        <translation>サーバー</translation>
+    </message>
 </context>
 <context>
     <name>MavixSetting</name>
