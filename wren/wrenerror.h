@@ -2,6 +2,7 @@
 // access. A plain value: the code says what went wrong with the reply.
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 
 struct WrenError
@@ -13,4 +14,8 @@ struct WrenError
     static constexpr quint32 BusError = 3;   // well-formed reply with the bus-error bit set
 
     quint32 code = Timeout;
+    // Why, in the user's language, for the message area: the agent's own words for a bad reply
+    // ("WREN Recv, Bus Error occured", ...), or why the wait ended. May be empty for a time-out,
+    // which each caller reports in its own words.
+    QString reason;
 };
