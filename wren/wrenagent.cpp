@@ -44,7 +44,7 @@ QByteArray WrenAgent::write(quint32 address, const QByteArray &data, int timeout
         LOG_ERROR(tr("WREN send, fail to send write command packet"));
     // A write time-out is left to the caller to report.
     if (!m_socket || !m_socket->waitForReadyRead(timeoutMs))
-        throw WrenError{WrenError::Timeout};
+        throw WrenError{WrenError::Timeout, {}};
     return checkReply(request, receivePending());
 }
 
@@ -62,7 +62,7 @@ QByteArray WrenAgent::read(quint32 address, quint8 length, int timeoutMs, bool r
     }
     if (!m_socket->waitForReadyRead(timeoutMs)) {
         LOG_ERROR(tr("WREN send, response to read command is timeout"));
-        throw WrenError{WrenError::Timeout};
+        throw WrenError{WrenError::Timeout, {}};
     }
     return checkReply(request, receivePending());
 }
@@ -141,5 +141,5 @@ void WrenAgent::fail(const WrenPacket &reply, quint32 code)
         emit readErrorOccured(reply.header().packetId());
     else
         emit writeErrorOccured(reply.header().packetId());
-    throw WrenError{code};
+    throw WrenError{code, {}};
 }
