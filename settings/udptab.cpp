@@ -1,22 +1,13 @@
 #include "settings/udptab.h"
 
 #include "app/report.h"
-#include "app/validators.h"
+#include "settings/registerrange.h"
 #include "ui_udptab.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
 
 #include <QFontDatabase>
 #include <QLineEdit>
-#include <QRegularExpression>
-
-namespace {
-
-constexpr int kBytesPerLine = 16;
-// Without expert mode a write must end below this address: the device's own settings live above.
-constexpr quint32 kProtectedStart = 0xFFFF0001;
-
-} // namespace
 
 UDPTab::UDPTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::UDPTab>())
 {
@@ -52,45 +43,6 @@ void UDPTab::applyTargetSettingChange(MavixSetting setting)
     Q_UNUSED(setting)
 }
 
-QString UDPTab::formatDump(quint32 address, const QByteArray &data, bool showAddress)
-{
-    QString text;
-    for (int offset = 0; offset < data.size(); offset += kBytesPerLine) {
-        if (showAddress) {
-            const quint32 lineAddress = address + quint32(offset); // wraps modulo 2^32
-            text += QStringLiteral("%1 : ").arg(lineAddress, 8, 16, QLatin1Char('0')).toUpper();
-        }
-        const QByteArray line = data.mid(offset, kBytesPerLine);
-        for (const char byte : line)
-            text +=
-                QStringLiteral("%1 ").arg(uint(quint8(byte)), 2, 16, QLatin1Char('0')).toUpper();
-        text += QLatin1Char('\n');
-    }
-    return text;
-}
-
-std::optional<QByteArray> UDPTab::parseDump(const QString &text)
-{
-    static const QRegularExpression blanks(QStringLiteral("\\s+"));
-    QByteArray bytes;
-    const QStringList lines = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString &line : lines) {
-        QStringList tokens = line.split(blanks, Qt::SkipEmptyParts);
-        // A line printed with "Show Address" carries its address before the first ":".
-        const qsizetype separator = tokens.indexOf(QStringLiteral(":"));
-        if (separator >= 0)
-            tokens = tokens.mid(separator + 1);
-        for (const QString &token : tokens) {
-            bool ok = false;
-            const uint value = token.toUInt(&ok, 16);
-            if (!ok || value > 0xFF)
-                return std::nullopt;
-            bytes.append(char(value));
-        }
-    }
-    return bytes;
-}
-
 void UDPTab::addAddressToCombobox()
 {
     QComboBox *combo = m_ui->UDPRegisterAddressCombobox;
@@ -110,19 +62,20 @@ std::optional<UDPTab::Access> UDPTab::parseAccess()
 {
     Access access;
     const QString addressText = m_ui->UDPRegisterAddressCombobox->currentText();
-    if (!MavixSetting::parseHex32(addressText, &access.address)) {
-        fail(tr("Set register address 8 character hex number"));
+    if (const QString error = RegisterRange::parseAddress(addressText, &access.address);
+        !error.isEmpty()) {
+        fail(error);
         return std::nullopt;
     }
     // Every address the device was asked about goes into the history.
     addAddressToCombobox();
 
-    quint8 length = 0;
-    if (!MavixSetting::parseByte(m_ui->UDPDataLengthCombobox->currentText(), &length)) {
-        fail(tr("Data length must be 0 to 255"));
+    const QString lengthText = m_ui->UDPDataLengthCombobox->currentText();
+    if (const QString error = RegisterRange::parseLength(lengthText, &access.length);
+        !error.isEmpty()) {
+        fail(error);
         return std::nullopt;
     }
-    access.length = length;
     return access;
 }
 
@@ -133,8 +86,9 @@ void UDPTab::readMemory()
     const std::optional<Access> access = parseAccess();
     if (!access)
         return;
-    if (access->address > 0xFFFFFFFFu - access->length) {
-        fail(tr("Accessible range is 0x0 to 0xffffffff"));
+    if (const QString error = RegisterRange::checkRead(access->address, access->length);
+        !error.isEmpty()) {
+        fail(error);
         return;
     }
 
@@ -144,17 +98,17 @@ void UDPTab::readMemory()
     } catch (const WrenError &error) {
         // Other failures have been logged by the agent in its own words.
         if (error.code == WrenError::Timeout)
-            reportError(tr("UDP read is timeout"));
+            reportError(RegisterRange::readTimeoutText());
         emit transmissionFailed();
         return;
     }
 
-    const QString text =
-        access->length == 0
-            ? QString()
-            : formatDump(access->address, bytes, m_ui->UDPShowAddressCheckbox->isChecked());
+    const QString text = access->length == 0
+                             ? QString()
+                             : RegisterRange::formatDump(access->address, bytes,
+                                                         m_ui->UDPShowAddressCheckbox->isChecked());
     m_ui->UDPDataTextarea->setPlainText(text);
-    reportResult(tr("UDP read successed"));
+    reportResult(RegisterRange::readDoneText());
     emit transmissionSuccessed();
 }
 
@@ -165,34 +119,27 @@ void UDPTab::writeMemory()
     const std::optional<Access> access = parseAccess();
     if (!access)
         return;
-    if (!m_expert && access->address >= kProtectedStart - access->length) {
-        fail(tr("Writing in domain after 0xFFFF0000 is not permitted"));
+    if (const QString error = RegisterRange::checkWrite(access->address, access->length, m_expert);
+        !error.isEmpty()) {
+        fail(error);
         return;
     }
-    // 2^32 - length in 32 bits: 0 for a length of 0, so a zero-length write is allowed only at 0.
-    const quint32 endOfSpace = quint32(0) - access->length;
-    if (endOfSpace < access->address) {
-        fail(tr("Writing in domain after 0xFFFFFFFF is not permitted"));
-        return;
-    }
-    const std::optional<QByteArray> bytes = parseDump(m_ui->UDPDataTextarea->toPlainText());
-    if (!bytes) {
-        fail(tr("Written data is specified in hex number with a space"));
-        return;
-    }
-    if (quint32(bytes->size()) != access->length) {
-        fail(tr("Written data length does not match"));
+    QByteArray bytes;
+    if (const QString error =
+            RegisterRange::parseData(m_ui->UDPDataTextarea->toPlainText(), access->length, &bytes);
+        !error.isEmpty()) {
+        fail(error);
         return;
     }
 
     try {
-        (void)m_agent->write(access->address, *bytes, WrenAgent::kAccessTimeoutMs);
+        (void)m_agent->write(access->address, bytes, WrenAgent::kAccessTimeoutMs);
     } catch (const WrenError &error) {
         if (error.code == WrenError::Timeout)
-            reportError(tr("UDP writing is timeout"));
+            reportError(RegisterRange::writeTimeoutText());
         emit transmissionFailed();
         return;
     }
-    reportResult(tr("UDP writing successed"));
+    reportResult(RegisterRange::writeDoneText());
     emit transmissionSuccessed();
 }

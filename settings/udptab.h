@@ -27,12 +27,6 @@ public:
     // Expert mode lifts the write protection of the top 64 KiB of the address space.
     void setExpertMode(bool expert);
 
-    // The text of a read: 16 bytes a line, each line optionally led by its address.
-    [[nodiscard]] static QString formatDump(quint32 address, const QByteArray &data,
-                                            bool showAddress);
-    // The bytes of a typed dump; empty when a token is not a hex byte.
-    [[nodiscard]] static std::optional<QByteArray> parseDump(const QString &text);
-
 signals:
     void transmissionFailed();
     void transmissionSuccessed();

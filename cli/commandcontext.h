@@ -1,0 +1,30 @@
+// What every command of the tool is given: where to say things, the register-access agent already
+// pointed at the target, the access time-out and the command's own parsed arguments.
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+#include <QStringList>
+
+class Console;
+class QCommandLineParser;
+class WrenAgent;
+struct WrenError;
+
+struct CommandContext
+{
+    Q_DECLARE_TR_FUNCTIONS(CommandContext)
+
+public:
+    Console *console = nullptr;
+    WrenAgent *agent = nullptr;
+    int timeoutMs = 0;
+    QStringList arguments; // the positional arguments after the command's name
+    const QCommandLineParser *parser = nullptr;
+
+    // Reports a failed register access (`timeoutText` for a time-out, the agent's reason for any
+    // other failure) and returns the exit code for it.
+    int accessFailed(const WrenError &error, const QString &timeoutText) const;
+    // Reports `text` as an error and returns `exitCode`.
+    int refuse(const QString &text, int exitCode) const;
+};

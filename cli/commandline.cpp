@@ -1,0 +1,262 @@
+#include "cli/commandline.h"
+
+#include "app/startupoptions.h"
+#include "cli/commandcontext.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "cli/registercommands.h"
+#include "cli/settingscommands.h"
+#include "cli/transfercommand.h"
+#include "settings/mavixsetting.h"
+#include "wren/wrenagent.h"
+
+#include <QCommandLineParser>
+#include <QHostAddress>
+
+namespace {
+
+const QString kTargetVariable = QStringLiteral("MAVIX_TARGET");
+
+int runTransfer(const CommandContext &context, TransferCommand::Direction direction)
+{
+    TransferCommand transfer(context, direction);
+    return transfer.run();
+}
+
+} // namespace
+
+CommandLine::CommandLine()
+    : m_target(QStringLiteral("target"),
+               tr("The device to talk to (default %1:%2:%3); the environment variable %4 sets "
+                  "it too.")
+                   .arg(MavixSetting().ipAddress)
+                   .arg(MavixSetting().udpPort)
+                   .arg(MavixSetting().tcpDataPort)
+                   .arg(kTargetVariable),
+               QStringLiteral("HOST[:UDP[:TCP]]")),
+      m_timeout(QStringLiteral("timeout"),
+                tr("Time-out of each register access in milliseconds (default %1).")
+                    .arg(WrenAgent::kAccessTimeoutMs),
+                QStringLiteral("MS")),
+      m_json(QStringLiteral("json"), tr("Print each result as one JSON object on a line."))
+{
+    const QCommandLineOption eepromRead(QStringLiteral("eeprom"),
+                                        tr("Read the EEPROM copy instead of the running copy."));
+    const QCommandLineOption eepromWrite(QStringLiteral("eeprom"),
+                                         tr("Write the EEPROM copy instead of the running copy."));
+    const QStringList address{QStringLiteral("ADDR"),
+                              tr("Register address, hexadecimal (up to 8 digits).")};
+    const QStringList length{QStringLiteral("LEN"), tr("Number of bytes, 0 to 255.")};
+    const QStringList file{QStringLiteral("FILE"), tr("The file.")};
+    using Direction = TransferCommand::Direction;
+    m_commands = {
+        {QStringLiteral("read"),
+         QStringLiteral("ADDR LEN [--out FILE]"),
+         tr("Read LEN bytes at ADDR and print them as a hex dump, 16 bytes a line."),
+         {{QStringLiteral("out"), tr("Write the raw bytes into FILE instead."),
+           QStringLiteral("FILE")},
+          {QStringLiteral("no-address"), tr("Leave out the address at the head of each line.")}},
+         {address, length},
+         2,
+         2,
+         &RegisterCommands::read},
+        {QStringLiteral("write"),
+         QStringLiteral("ADDR HEX|@FILE"),
+         tr("Write hex bytes separated by blanks, or the raw bytes of FILE, at ADDR."),
+         {{QStringLiteral("expert"),
+           tr("Allow writes into the top 64 KiB of the address space (expert mode).")}},
+         {address,
+          {QStringLiteral("DATA"), tr("Hex bytes (01 02 0a ...) or @ and a file name."),
+           QStringLiteral("HEX|@FILE")}},
+         2,
+         -1,
+         &RegisterCommands::write},
+        {QStringLiteral("settings"),
+         QStringLiteral("[--eeprom]"),
+         tr("Show the device's network settings as the General tab does."),
+         {eepromRead},
+         {},
+         0,
+         0,
+         &SettingsCommands::show},
+        {QStringLiteral("set"),
+         QStringLiteral("[--eeprom] [--yes] KEY=VALUE ..."),
+         tr("Change settings (keys: ip, tcp-port, udp-port, keep-alive=on|off) with the General "
+            "tab's checks and write sequence."),
+         {eepromWrite,
+          {QStringLiteral("yes"),
+           tr("Go on when the UDP port of the running copy changes (the GUI asks first).")}},
+         {{QStringLiteral("KEY=VALUE"), tr("A setting and its new value."),
+           QStringLiteral("KEY=VALUE ...")}},
+         1,
+         -1,
+         &SettingsCommands::set},
+        {QStringLiteral("recv"),
+         QStringLiteral("FILE [--bytes N] [--seconds S]"),
+         tr("Receive from the TCP data port into FILE until Ctrl+C or a limit."),
+         {{QStringLiteral("bytes"), tr("Stop after N bytes; the file keeps exactly N."),
+           QStringLiteral("N")},
+          {QStringLiteral("seconds"), tr("Stop after S seconds."), QStringLiteral("S")}},
+         {file},
+         1,
+         1,
+         [](const CommandContext &context) { return runTransfer(context, Direction::Receive); }},
+        {QStringLiteral("send"),
+         QStringLiteral("FILE"),
+         tr("Send FILE to the TCP data port."),
+         {},
+         {file},
+         1,
+         1,
+         [](const CommandContext &context) { return runTransfer(context, Direction::Send); }},
+        {QStringLiteral("watch"),
+         QStringLiteral("ADDR LEN [--interval MS]"),
+         tr("Read a register range again and again and print the lines that changed, until "
+            "Ctrl+C."),
+         {{QStringLiteral("interval"), tr("Time between two reads in milliseconds (default 1000)."),
+           QStringLiteral("MS")}},
+         {address, length},
+         2,
+         2,
+         &RegisterCommands::watch},
+    };
+}
+
+void CommandLine::addGlobalOptions(QCommandLineParser &parser) const
+{
+    parser.addOptions({m_target, m_timeout, m_json});
+    parser.addHelpOption();
+}
+
+QString CommandLine::mainHelp(QCommandLineParser &parser) const
+{
+    QString commands = tr("Commands:") + QLatin1Char('\n');
+    for (const Command &command : m_commands)
+        commands += QStringLiteral("  %1 %2\n      %3\n")
+                        .arg(command.name, command.synopsis, command.summary);
+    parser.setApplicationDescription(tr(
+        "Reads and writes the registers of a Mavix device, its settings and its TCP data port."));
+    parser.addPositionalArgument(QStringLiteral("COMMAND"), tr("The command, see below."),
+                                 QStringLiteral("COMMAND ..."));
+    return parser.helpText() + QLatin1Char('\n') + commands + QLatin1Char('\n') +
+           tr("Exit codes: 0 success, 1 refused input, 2 time-out, 3 bad reply, 4 bus error, "
+              "5 connection or file failure, 130 a transfer cut short by Ctrl+C.") +
+           QLatin1Char('\n') + tr("\"mavix COMMAND --help\" describes a command.") +
+           QLatin1Char('\n');
+}
+
+const CommandLine::Command *CommandLine::find(const QString &name) const
+{
+    for (const Command &command : m_commands)
+        if (command.name == name)
+            return &command;
+    return nullptr;
+}
+
+int CommandLine::run(const QStringList &arguments)
+{
+    Console console(false);
+    QCommandLineParser global;
+    addGlobalOptions(global);
+    // Everything from the command on belongs to the command's own parser.
+    global.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    if (!global.parse(arguments)) {
+        console.message(global.errorText());
+        return ExitCode::kRefusedInput;
+    }
+    const QStringList rest = global.positionalArguments();
+    if (rest.isEmpty()) {
+        const QString help = mainHelp(global);
+        if (global.isSet(QStringLiteral("help"))) {
+            console.print(help);
+            return ExitCode::kSuccess;
+        }
+        console.message(help);
+        return ExitCode::kRefusedInput;
+    }
+    const Command *command = find(rest.first());
+    if (!command) {
+        console.message(tr("Unknown command: %1; see: mavix --help").arg(rest.first()));
+        return ExitCode::kRefusedInput;
+    }
+    return runCommand(*command, QStringList{arguments.value(0)} + rest, global, console);
+}
+
+int CommandLine::runCommand(const Command &command, const QStringList &arguments,
+                            const QCommandLineParser &global, Console &console)
+{
+    QCommandLineParser parser;
+    addGlobalOptions(parser);
+    parser.addOptions(command.options);
+    parser.setApplicationDescription(command.summary);
+    parser.addPositionalArgument(command.name, QString(), command.name);
+    for (const QStringList &argument : command.positional)
+        parser.addPositionalArgument(argument.value(0), argument.value(1), argument.value(2));
+    if (!parser.parse(arguments)) {
+        console.message(parser.errorText());
+        return ExitCode::kRefusedInput;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        console.print(parser.helpText());
+        return ExitCode::kSuccess;
+    }
+    const QStringList positional = parser.positionalArguments().mid(1);
+    if (positional.size() < command.minArguments ||
+        (command.maxArguments >= 0 && positional.size() > command.maxArguments)) {
+        console.message(tr("Wrong number of arguments; see: mavix %1 --help").arg(command.name));
+        return ExitCode::kRefusedInput;
+    }
+
+    CommandContext context;
+    context.console = &console;
+    context.arguments = positional;
+    context.parser = &parser;
+    context.timeoutMs = WrenAgent::kAccessTimeoutMs;
+    const QString timeout = globalValue(QStringLiteral("timeout"), global, parser);
+    if (!timeout.isEmpty()) {
+        bool ok = false;
+        context.timeoutMs = timeout.toInt(&ok);
+        if (!ok || context.timeoutMs < 1)
+            return context.refuse(
+                tr("--timeout must be a whole number of milliseconds from 1, not %1").arg(timeout),
+                ExitCode::kRefusedInput);
+    }
+    console.setJson(global.isSet(m_json) || parser.isSet(m_json));
+    QString target = globalValue(QStringLiteral("target"), global, parser);
+    if (target.isEmpty())
+        target = qEnvironmentVariable(qPrintable(kTargetVariable));
+    if (!applyTarget(target))
+        return ExitCode::kRefusedInput;
+
+    WrenAgent agent;
+    const MavixSetting current = MavixSetting::current();
+    agent.setTarget(QHostAddress(current.ipAddress), current.udpPort);
+    context.agent = &agent;
+    return command.run(context);
+}
+
+QString CommandLine::globalValue(const QString &name, const QCommandLineParser &global,
+                                 const QCommandLineParser &local) const
+{
+    return local.isSet(name) ? local.value(name) : global.value(name);
+}
+
+// HOST[:UDP[:TCP]] as the GUI's -target: takes it; a part left out keeps the GUI's default. The
+// General tab's five checks decide, with its messages.
+bool CommandLine::applyTarget(const QString &text) const
+{
+    MavixSetting target;
+    const TargetParts parts = splitTarget(text);
+    const QString ip = parts.host.isEmpty() ? target.ipAddress : parts.host;
+    const QString udpPort =
+        parts.udpPort.isEmpty() ? QString::number(target.udpPort) : parts.udpPort;
+    const QString tcpPort =
+        parts.tcpPort.isEmpty() ? QString::number(target.tcpDataPort) : parts.tcpPort;
+    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+        return false;
+    target.ipAddress = ip;
+    (void)MavixSetting::parsePort(udpPort, &target.udpPort);
+    (void)MavixSetting::parsePort(tcpPort, &target.tcpDataPort);
+    MavixSetting::setCurrent(target);
+    return true;
+}

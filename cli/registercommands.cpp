@@ -1,0 +1,201 @@
+#include "cli/registercommands.h"
+
+#include "app/report.h"
+#include "app/terminationwatcher.h"
+#include "cli/commandcontext.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "settings/registerrange.h"
+#include "wren/wrenagent.h"
+#include "wren/wrenerror.h"
+
+#include <QCommandLineParser>
+#include <QDateTime>
+#include <QEventLoop>
+#include <QFile>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <QTimer>
+
+#include <optional>
+
+namespace {
+
+constexpr int kDefaultWatchIntervalMs = 1000;
+
+QString addressText(quint32 address)
+{
+    return QStringLiteral("%1").arg(address, 8, 16, QLatin1Char('0')).toUpper();
+}
+
+QJsonObject dataObject(quint32 address, const QByteArray &data)
+{
+    return {{QStringLiteral("address"), addressText(address)},
+            {QStringLiteral("length"), int(data.size())},
+            {QStringLiteral("data"), QString::fromLatin1(data.toHex().toUpper())}};
+}
+
+struct Range
+{
+    quint32 address = 0;
+    quint32 length = 0;
+};
+
+// ADDR LEN as the Control(UDP) tab reads them, within the readable space.
+std::optional<Range> readRange(const CommandContext &context, int *exitCode)
+{
+    Range range;
+    QString error = RegisterRange::parseAddress(context.arguments.value(0), &range.address);
+    if (error.isEmpty())
+        error = RegisterRange::parseLength(context.arguments.value(1), &range.length);
+    if (error.isEmpty())
+        error = RegisterRange::checkRead(range.address, range.length);
+    if (error.isEmpty())
+        return range;
+    *exitCode = context.refuse(error, ExitCode::kRefusedInput);
+    return std::nullopt;
+}
+
+std::optional<QByteArray> readBytes(const CommandContext &context, const Range &range,
+                                    int *exitCode)
+{
+    try {
+        return context.agent->read(range.address, quint8(range.length), context.timeoutMs);
+    } catch (const WrenError &error) {
+        *exitCode = context.accessFailed(error, RegisterRange::readTimeoutText());
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+int RegisterCommands::read(const CommandContext &context)
+{
+    int exitCode = ExitCode::kSuccess;
+    const std::optional<Range> range = readRange(context, &exitCode);
+    if (!range)
+        return exitCode;
+    const std::optional<QByteArray> bytes = readBytes(context, *range, &exitCode);
+    if (!bytes)
+        return exitCode;
+
+    const QString outName = context.parser->value(QStringLiteral("out"));
+    if (!outName.isEmpty()) {
+        QSaveFile out(outName);
+        if (!out.open(QIODevice::WriteOnly) || out.write(*bytes) != bytes->size() || !out.commit())
+            return context.refuse(tr("Cannot write %1: %2").arg(outName, out.errorString()),
+                                  ExitCode::kConnectionOrFile);
+    }
+    reportResult(RegisterRange::readDoneText());
+    if (context.console->json()) {
+        QJsonObject object = dataObject(range->address, *bytes);
+        if (!outName.isEmpty())
+            object.insert(QStringLiteral("file"), outName);
+        context.console->printJson(object);
+    } else if (outName.isEmpty()) {
+        const bool showAddress = !context.parser->isSet(QStringLiteral("no-address"));
+        context.console->print(RegisterRange::formatDump(range->address, *bytes, showAddress));
+    }
+    return ExitCode::kSuccess;
+}
+
+int RegisterCommands::write(const CommandContext &context)
+{
+    quint32 address = 0;
+    if (const QString error = RegisterRange::parseAddress(context.arguments.value(0), &address);
+        !error.isEmpty())
+        return context.refuse(error, ExitCode::kRefusedInput);
+
+    // The data: hex bytes as the Control(UDP) tab takes them, or @FILE for a file's raw bytes.
+    const QStringList data = context.arguments.mid(1);
+    QByteArray bytes;
+    if (data.size() == 1 && data.first().startsWith(QLatin1Char('@'))) {
+        QFile file(data.first().mid(1));
+        if (!file.open(QIODevice::ReadOnly))
+            return context.refuse(tr("Cannot read %1: %2").arg(file.fileName(), file.errorString()),
+                                  ExitCode::kConnectionOrFile);
+        bytes = file.read(RegisterRange::kMaxLength + 1);
+    } else {
+        const QString text = data.join(QLatin1Char(' '));
+        const std::optional<QByteArray> parsed = RegisterRange::parseDump(text);
+        if (!parsed)
+            return context.refuse(RegisterRange::parseData(text, 0, &bytes),
+                                  ExitCode::kRefusedInput);
+        bytes = *parsed;
+    }
+    quint32 length = 0;
+    QString error = RegisterRange::parseLength(QString::number(bytes.size()), &length);
+    if (error.isEmpty())
+        error = RegisterRange::checkWrite(address, length,
+                                          context.parser->isSet(QStringLiteral("expert")));
+    if (!error.isEmpty())
+        return context.refuse(error, ExitCode::kRefusedInput);
+
+    try {
+        (void)context.agent->write(address, bytes, context.timeoutMs);
+    } catch (const WrenError &failure) {
+        return context.accessFailed(failure, RegisterRange::writeTimeoutText());
+    }
+    reportResult(RegisterRange::writeDoneText());
+    if (context.console->json())
+        context.console->printJson(dataObject(address, bytes));
+    return ExitCode::kSuccess;
+}
+
+// Polls the range and prints the dump lines that changed (all of them the first time), until
+// Ctrl+C or a failed access.
+int RegisterCommands::watch(const CommandContext &context)
+{
+    int exitCode = ExitCode::kSuccess;
+    const std::optional<Range> range = readRange(context, &exitCode);
+    if (!range)
+        return exitCode;
+    int intervalMs = kDefaultWatchIntervalMs;
+    if (context.parser->isSet(QStringLiteral("interval"))) {
+        bool ok = false;
+        intervalMs = context.parser->value(QStringLiteral("interval")).toInt(&ok);
+        if (!ok || intervalMs < 1)
+            return context.refuse(tr("--interval must be a whole number of milliseconds from 1, "
+                                     "not %1")
+                                      .arg(context.parser->value(QStringLiteral("interval"))),
+                                  ExitCode::kRefusedInput);
+    }
+
+    QEventLoop loop;
+    TerminationWatcher termination;
+    QObject::connect(&termination, &TerminationWatcher::terminationRequested, &loop,
+                     [&loop] { loop.exit(ExitCode::kSuccess); });
+    QTimer poll;
+    poll.setInterval(intervalMs);
+    std::optional<QByteArray> previous;
+    const auto pollOnce = [&] {
+        int failure = ExitCode::kSuccess;
+        const std::optional<QByteArray> bytes = readBytes(context, *range, &failure);
+        if (!bytes) {
+            loop.exit(failure);
+            return;
+        }
+        const QString time = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+        for (int offset = 0; offset < bytes->size(); offset += RegisterRange::kDumpBytesPerLine) {
+            const QByteArray line = bytes->mid(offset, RegisterRange::kDumpBytesPerLine);
+            if (previous && previous->mid(offset, RegisterRange::kDumpBytesPerLine) == line)
+                continue;
+            const quint32 lineAddress = range->address + quint32(offset);
+            if (context.console->json()) {
+                QJsonObject object = dataObject(lineAddress, line);
+                object.insert(QStringLiteral("time"), time);
+                context.console->printJson(object);
+            } else {
+                context.console->print(time + QLatin1Char(' ') +
+                                       RegisterRange::formatDump(lineAddress, line, true));
+            }
+        }
+        previous = bytes;
+    };
+    QObject::connect(&poll, &QTimer::timeout, &loop, pollOnce);
+    QTimer::singleShot(0, &loop, [&] {
+        pollOnce();
+        poll.start();
+    });
+    return loop.exec();
+}

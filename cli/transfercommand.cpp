@@ -1,0 +1,267 @@
+#include "cli/transfercommand.h"
+
+#include "app/appmodel.h"
+#include "app/terminationwatcher.h"
+#include "cli/commandcontext.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "tcp/tcpoutputoption.h"
+#include "tcp/tcpthread.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+#include <QJsonObject>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int kProgressIntervalMs = 250;
+// The closing sequence's own limit: the worker gives a stuck device ten seconds to take the rest.
+constexpr int kSocketCloseWaitMs = 11000;
+constexpr int kSocketCloseStepMs = 10;
+
+QString secondsText(qint64 ms)
+{
+    return QString::number(double(ms) / 1000.0, 'f', 3);
+}
+
+// Megabytes (10^6 bytes) per second; an elapsed time below one millisecond counts as one.
+QString rateText(qint64 bytes, qint64 ms)
+{
+    return QString::number(double(bytes) / 1000.0 / double(std::max<qint64>(ms, 1)), 'f', 1);
+}
+
+} // namespace
+
+TransferCommand::TransferCommand(const CommandContext &context, Direction direction,
+                                 QObject *parent)
+    : QObject(parent), m_context(context), m_direction(direction)
+{
+}
+
+int TransferCommand::run()
+{
+    if (!readLimits())
+        return m_refusedExitCode;
+    m_fileName = m_context.arguments.value(0);
+    m_errorsBefore = m_context.console->errorCount();
+
+    AppModel model;
+    if (!prepareFile(model))
+        return ExitCode::kConnectionOrFile;
+    QThread thread;
+    TCPThread worker(&thread);
+    m_worker = &worker;
+    connect(&worker, &TCPThread::recvProgress, this, &TransferCommand::onRecvProgress);
+    connect(&worker, &TCPThread::sendProgress, this, &TransferCommand::onSendProgress);
+    connect(&worker, receiving() ? &TCPThread::recvStatusChanged : &TCPThread::sendStatusChanged,
+            this, &TransferCommand::onStatusChanged);
+
+    TerminationWatcher termination;
+    connect(&termination, &TerminationWatcher::terminationRequested, this,
+            &TransferCommand::interrupt);
+    QTimer progressTimer;
+    if (m_context.console->showsProgress()) {
+        connect(&progressTimer, &QTimer::timeout, this, &TransferCommand::showProgress);
+        progressTimer.start(kProgressIntervalMs);
+    }
+
+    thread.start();
+    m_clock.start();
+    begin();
+    m_loop.exec();
+    progressTimer.stop();
+    waitForSocketClose();
+    thread.quit();
+    thread.wait();
+    m_worker = nullptr;
+
+    m_context.console->endProgress();
+    keepOnlyByteLimit();
+    printSummary();
+    return exitCode();
+}
+
+bool TransferCommand::readLimits()
+{
+    if (!receiving())
+        return true;
+    const QCommandLineParser &parser = *m_context.parser;
+    const auto limit = [&](const QString &name, qint64 scale, qint64 *value) {
+        if (!parser.isSet(name))
+            return true;
+        bool ok = false;
+        const qint64 number = parser.value(name).toLongLong(&ok);
+        if (ok && number >= 1 && number <= std::numeric_limits<qint64>::max() / scale) {
+            *value = number * scale;
+            return true;
+        }
+        m_refusedExitCode = m_context.refuse(
+            tr("--%1 must be a whole number from 1, not %2").arg(name, parser.value(name)),
+            ExitCode::kRefusedInput);
+        return false;
+    };
+    return limit(QStringLiteral("bytes"), 1, &m_byteLimit) &&
+           limit(QStringLiteral("seconds"), 1000, &m_timeLimitMs);
+}
+
+// The file is named through the application model as the TCP tab names it, with the same check.
+// Nothing is shown: the whole bandwidth goes to the file.
+bool TransferCommand::prepareFile(AppModel &model)
+{
+    if (receiving()) {
+        model.recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
+        return model.setRecvFileName(m_fileName);
+    }
+    model.sendOption()->setShowData(false);
+    if (!model.setSendFileName(m_fileName))
+        return false;
+    m_fileSize = QFile(m_fileName).size();
+    return true;
+}
+
+void TransferCommand::begin()
+{
+    if (receiving())
+        m_worker->beginRecvThread();
+    else
+        m_worker->beginSendThread();
+    if (m_timeLimitMs > 0)
+        QTimer::singleShot(m_timeLimitMs, this, &TransferCommand::stop);
+}
+
+void TransferCommand::stop()
+{
+    m_stopRequested = true;
+    if (!m_running || !m_worker)
+        return; // a stop before the run began is carried out once it runs
+    if (receiving())
+        m_worker->stopReceiving();
+    else
+        QMetaObject::invokeMethod(m_worker, "stopSending", Qt::QueuedConnection);
+}
+
+void TransferCommand::interrupt()
+{
+    m_interrupted = true;
+    stop();
+}
+
+void TransferCommand::onStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status)
+{
+    Q_UNUSED(oldStatus)
+    if (status == TS_RUN) {
+        m_running = true;
+        m_clock.restart();
+        if (m_stopRequested)
+            stop();
+    } else if (status == TS_STOPPING || status == TS_STOP) {
+        if (m_stoppedAtMs < 0 && m_running)
+            m_stoppedAtMs = m_clock.elapsed();
+        m_running = false;
+        if (status == TS_STOP)
+            m_loop.quit();
+    }
+}
+
+void TransferCommand::onRecvProgress(qint64 recvSize)
+{
+    m_bytes = recvSize;
+    if (m_byteLimit > 0 && recvSize >= m_byteLimit && !m_stopRequested)
+        stop();
+}
+
+void TransferCommand::onSendProgress(qint64 sentSize, qint64 fileSize, qint64 elapsedMs)
+{
+    Q_UNUSED(elapsedMs) // the run's own clock also covers the connection
+    m_bytes = sentSize;
+    m_fileSize = fileSize;
+}
+
+// Both directions are stopped once the status is TS_STOP, but the socket may still be closing.
+void TransferCommand::waitForSocketClose()
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (m_worker->hasSocket() && waited.elapsed() < kSocketCloseWaitMs) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, kSocketCloseStepMs);
+        QThread::msleep(kSocketCloseStepMs);
+    }
+}
+
+qint64 TransferCommand::elapsedMs() const
+{
+    return m_stoppedAtMs >= 0 ? m_stoppedAtMs : m_clock.elapsed();
+}
+
+void TransferCommand::showProgress()
+{
+    const qint64 ms = elapsedMs();
+    if (receiving()) {
+        m_context.console->progress(
+            tr("%1 bytes  %2 s  %3 MB/s").arg(m_bytes).arg(secondsText(ms), rateText(m_bytes, ms)));
+        return;
+    }
+    QString line = tr("%1 / %2 bytes  %3 s  %4 MB/s")
+                       .arg(m_bytes)
+                       .arg(m_fileSize)
+                       .arg(secondsText(ms), rateText(m_bytes, ms));
+    if (m_bytes > 0 && m_fileSize > m_bytes) {
+        const qint64 remainingMs = (m_fileSize - m_bytes) * ms / m_bytes;
+        line += QStringLiteral("  ") + tr("ETA %1 s").arg(secondsText(remainingMs));
+    }
+    m_context.console->progress(line);
+}
+
+// The worker reads what the socket holds in chunks, so a receive stopped at its byte limit may
+// have written a little more: the file keeps exactly the bytes asked for.
+void TransferCommand::keepOnlyByteLimit()
+{
+    if (!receiving() || m_byteLimit < 0 || m_bytes < m_byteLimit)
+        return;
+    QFile file(m_fileName);
+    if (file.size() > m_byteLimit)
+        (void)file.resize(m_byteLimit);
+    m_bytes = m_byteLimit;
+}
+
+void TransferCommand::printSummary()
+{
+    const qint64 ms = elapsedMs();
+    if (m_context.console->json()) {
+        QJsonObject object{{QStringLiteral("command"),
+                            receiving() ? QStringLiteral("recv") : QStringLiteral("send")},
+                           {QStringLiteral("file"), m_fileName},
+                           {QStringLiteral("bytes"), m_bytes},
+                           {QStringLiteral("elapsedMs"), ms},
+                           {QStringLiteral("interrupted"), m_interrupted}};
+        if (!receiving())
+            object.insert(QStringLiteral("fileSize"), m_fileSize);
+        m_context.console->printJson(object);
+    }
+    if (receiving())
+        m_context.console->message(tr("%1 bytes received into %2 in %3 s (%4 MB/s)")
+                                       .arg(m_bytes)
+                                       .arg(m_fileName, secondsText(ms), rateText(m_bytes, ms)));
+    else
+        m_context.console->message(tr("%1 of %2 bytes sent from %3 in %4 s (%5 MB/s)")
+                                       .arg(m_bytes)
+                                       .arg(m_fileSize)
+                                       .arg(m_fileName, secondsText(ms), rateText(m_bytes, ms)));
+}
+
+int TransferCommand::exitCode() const
+{
+    if (receiving() && m_byteLimit > 0 && m_bytes >= m_byteLimit)
+        return ExitCode::kSuccess;
+    if (m_context.console->errorCount() > m_errorsBefore)
+        return ExitCode::kConnectionOrFile;
+    const bool cutShort = receiving() ? m_byteLimit > 0 : m_bytes < m_fileSize;
+    if (m_interrupted && cutShort)
+        return ExitCode::kInterrupted;
+    return ExitCode::kSuccess;
+}
