@@ -1,0 +1,128 @@
+// The mavix program run as scripts run it, against mavix-sim processes on loopback.
+#include "simclient.h"
+
+#include <QCryptographicHash>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+constexpr int kProcessTimeoutMs = 60000;
+constexpr qint64 k64MiB = 64 * 1024 * 1024;
+
+// A mavix-sim on ports the system picks; `target` is the --target text for it.
+struct Sim
+{
+    QProcess process;
+    QString udpPort, target;
+    explicit Sim(const QStringList &arguments)
+    {
+        process.start(MAVIX_SIM_PATH, QStringList{"--udp-port=0", "--tcp-port=0"} + arguments);
+        QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
+        const auto ports = QRegularExpression(R"(:(\d+) tcp .*:(\d+))").match(process.readLine());
+        target = "127.0.0.1:" + (udpPort = ports.captured(1)) + ':' + ports.captured(2);
+    }
+    QByteArray registers(const QString &state)
+    {
+        const QStringList at = state.split('=');
+        const QByteArray request = readRequest(at[0].toUInt(nullptr, 16), at[1].size() / 2);
+        return RawClient().bytes(request, udpPort.toUShort()).mid(8).toHex().toUpper();
+    }
+    ~Sim() { process.terminate(), process.waitForFinished(kProcessTimeoutMs); }
+};
+
+static std::pair<int, QString> mavix(const QStringList &arguments)
+{
+    QProcess p;
+    p.start(MAVIX_CLI_PATH, arguments);
+    p.waitForFinished(kProcessTimeoutMs);
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
+            QString::fromUtf8(p.readAllStandardOutput() + p.readAllStandardError())};
+}
+
+class TestMavixCli : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void commandLines_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("fault"); // mavix-sim's options
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("state"); // ADDRESS=HEX in the emulator afterwards
+        // clang-format off
+        QTest::addRow("write, then the bytes are there") << "write 1000 01 02 0a FF" << "" << 0 << "UDP writing successed" << "1000=01020AFF";
+        QTest::addRow("write of a file above 255 bytes refused") << "write 1000 @" MAVIX_CLI_PATH << "" << 1 << "Data length must be 0 to 255" << "1000=00000000";
+        QTest::addRow("read prints a dump with addresses") << "read FFFFFF08 18" << "" << 0 << "FFFFFF08 : 18 19 1A 1B 1C 1D 1E 1F A1 5A 02 00 C0 A8 00 10 \nFFFFFF18 : 7F 00 \n" << "";
+        QTest::addRow("read as JSON") << "--json read FFFFFF12 6" << "" << 0 << "{\"address\":\"FFFFFF12\",\"data\":\"0200C0A80010\",\"length\":6}\n" << "";
+        QTest::addRow("write into the top 64 KiB refused") << "write FFFF0000 01" << "" << 1 << "Writing in domain after 0xFFFF0000 is not permitted" << "FFFF0000=00";
+        QTest::addRow("write into the top 64 KiB in expert mode") << "write --expert FFFF0000 01" << "" << 0 << "" << "FFFF0000=01";
+        QTest::addRow("set writes the EEPROM copy") << "set --eeprom ip=10.1.2.3 keep-alive=on" << "" << 0 << "Writing Mavix setting is successed" << "FFFFFC10=A55A0200C0A800100A010203";
+        QTest::addRow("set refuses 0.0.0.0, writes nothing") << "set --eeprom ip=0.0.0.0" << "" << 1 << "0.0.0.0 is invalid" << "FFFFFC12=0200C0A800107F000001";
+        QTest::addRow("set refuses an unknown key") << "set mac=00:11:22:33:44:55" << "" << 1 << "mac" << "FFFFFF12=0200C0A80010";
+        QTest::addRow("UDP port change refused without --yes") << "set udp-port=4660" << "" << 1 << "It is recommended to enable EEPROM Access" << "FFFFFF12=0200C0A80010";
+        QTest::addRow("help names the GUI's default target") << "--help" << "" << 0 << "192.168.10.16:4660:24)" << "";
+        QTest::addRow("recv into a file that cannot open") << "recv /nonexistent/r" << "" << 5 << "File cannot open" << "";
+        QTest::addRow("send to a closed data port") << "send " MAVIX_CLI_PATH " --target 127.0.0.1:1:1" << "" << 5 << "Fail to connect to device" << "";
+        QTest::addRow("no reply is a time-out") << "--timeout 300 read 0 4" << "--drop-every 1" << 2 << "UDP read is timeout" << "";
+        QTest::addRow("a late reply is a time-out") << "--timeout 300 settings" << "--delay 2000" << 2 << "Response to reading Mavix Setting is timeout" << "";
+        for (const char *fault : {"--wrong-vertype", "--no-ack", "--wrong-id", "--flip-rw", "--short-reply"})
+            QTest::addRow("%s is a bad reply", fault) << "read 0 4" << fault << 3 << "" << "";
+        QTest::addRow("bus error") << "write 1000 01" << "--bus-error" << 4 << "WREN Recv, Bus Error occured" << "";
+        // clang-format on
+    }
+    void commandLines()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, fault);
+        QFETCH(int, exitCode);
+        QFETCH(QString, output);
+        QFETCH(QString, state);
+        Sim sim(fault.split(' ', Qt::SkipEmptyParts));
+        const auto [code, said] = mavix(QStringList{"--target", sim.target} + command.split(' '));
+        QVERIFY2(said.contains(output), qPrintable(said));
+        QCOMPARE(code, exitCode);
+        if (!state.isEmpty())
+            QCOMPARE(sim.registers(state), state.section('=', 1).toLatin1());
+    }
+    void bigTransfersKeepEveryByte()
+    {
+        QTemporaryDir dir;
+        QFile data(dir.filePath("data")), received(dir.filePath("r"));
+        QByteArray block(k64MiB, Qt::Uninitialized);
+        QRandomGenerator(15).fillRange(reinterpret_cast<quint32 *>(block.data()), k64MiB / 4);
+        QVERIFY(data.open(QIODevice::WriteOnly) && data.write(block) == k64MiB && data.flush());
+        const QByteArray expected = QCryptographicHash::hash(block, QCryptographicHash::Sha256);
+        Sim source({"--tcp-mode", "source", "--source-file", data.fileName(), "--keep-open"});
+        const QStringList recv{"recv", received.fileName(), "--bytes", "67108864"};
+        QCOMPARE(mavix(QStringList{"--target", source.target} + recv).first, 0);
+        QVERIFY(received.open(QIODevice::ReadOnly));
+        QCOMPARE(QCryptographicHash::hash(received.readAll(), QCryptographicHash::Sha256),
+                 expected);
+        Sim sink({"--tcp-mode", "sink"});
+        QCOMPARE(mavix({"--target", sink.target, "send", data.fileName()}).first, 0);
+        QTRY_VERIFY(sink.process.peek(4096).contains(expected.toHex()));
+        QVERIFY(sink.process.peek(4096).contains("tcp: 67108864 bytes in"));
+    }
+    void ctrlCEndsAReceiveCleanly()
+    {
+        QTemporaryDir dir;
+        Sim source({"--tcp-mode", "source", "--source-rate", "1048576"});
+        QProcess process;
+        process.start(MAVIX_CLI_PATH, {"--target", source.target, "recv", dir.filePath("r")});
+        QTRY_VERIFY_WITH_TIMEOUT(QFile(dir.filePath("r")).size() > 0, 10000);
+        ::kill(pid_t(process.processId()), SIGINT);
+        QVERIFY(process.waitForFinished(kProcessTimeoutMs) && process.exitCode() == 0);
+        const auto said =
+            QRegularExpression(R"(^(\d+) bytes)").match(process.readAllStandardError());
+        QCOMPARE(QFile(dir.filePath("r")).size(), said.captured(1).toLongLong());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMavixCli)
+#include "tst_mavixcli.moc"
