@@ -5,6 +5,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "settings/mavixsetting.h"
+#include "settings/mavixsettingaccess.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
 
@@ -16,26 +17,14 @@
 
 namespace {
 
-QString readTimeoutText()
-{
-    return QCoreApplication::translate("GeneralTab",
-                                       "Response to reading Mavix Setting is timeout");
-}
+const QStringList kKeys{QStringLiteral("ip"), QStringLiteral("tcp-port"),
+                        QStringLiteral("udp-port"), QStringLiteral("keep-alive")};
 
-quint32 imageBase(const CommandContext &context)
+// The exit code of a failed sequence: the failed access's, or refused input for a declined change.
+int failureCode(const MavixSettingAccess &access)
 {
-    return context.parser->isSet(QStringLiteral("eeprom")) ? MavixSetting::kEepromBase
-                                                           : MavixSetting::kRunningBase;
-}
-
-std::optional<QByteArray> readImage(const CommandContext &context, int *exitCode)
-{
-    try {
-        return context.agent->read(imageBase(context), MavixSetting::kImageSize, context.timeoutMs);
-    } catch (const WrenError &error) {
-        *exitCode = context.accessFailed(error, readTimeoutText());
-        return std::nullopt;
-    }
+    const std::optional<WrenError> error = access.lastError();
+    return error ? ExitCode::forWrenError(*error) : ExitCode::kRefusedInput;
 }
 
 QJsonObject settingObject(const MavixSetting &setting)
@@ -75,10 +64,12 @@ void printSetting(const CommandContext &context, const MavixSetting &setting)
 
 int SettingsCommands::show(const CommandContext &context)
 {
-    int exitCode = ExitCode::kSuccess;
-    const std::optional<QByteArray> image = readImage(context, &exitCode);
+    MavixSettingAccess access(context.agent);
+    access.setAccessTimeoutMs(context.timeoutMs);
+    access.setEEPROMAccess(context.parser->isSet(QStringLiteral("eeprom")));
+    const std::optional<QByteArray> image = access.readImage(access.imageBase());
     if (!image)
-        return exitCode;
+        return failureCode(access);
     MavixSetting setting;
     setting.decode(*image);
     printSetting(context, setting);
@@ -86,8 +77,69 @@ int SettingsCommands::show(const CommandContext &context)
     return ExitCode::kSuccess;
 }
 
+// KEY=VALUE pairs as the General tab's write fields: a key left out keeps the device's value. The
+// IP address and ports pass the General tab's five checks, with its messages.
+std::optional<MavixSetting> SettingsCommands::recordFrom(const CommandContext &context,
+                                                         const MavixSetting &device)
+{
+    QString ip = device.ipAddress;
+    QString tcpPort = QString::number(device.tcpDataPort);
+    QString udpPort = QString::number(device.udpPort);
+    MavixSetting record = device;
+    for (const QString &argument : context.arguments) {
+        const QString key = argument.section(QLatin1Char('='), 0, 0);
+        const QString value = argument.section(QLatin1Char('='), 1);
+        if (!argument.contains(QLatin1Char('=')) || !kKeys.contains(key)) {
+            reportError(tr("Unknown setting %1; the settings are %2")
+                            .arg(key, kKeys.join(QStringLiteral(", "))));
+            return std::nullopt;
+        }
+        if (key == kKeys[0])
+            ip = value;
+        else if (key == kKeys[1])
+            tcpPort = value;
+        else if (key == kKeys[2])
+            udpPort = value;
+        else if (value == QLatin1String("on") || value == QLatin1String("off"))
+            record.tcpKeepAliveEnabled = value == QLatin1String("on");
+        else {
+            reportError(tr("keep-alive must be on or off, not %1").arg(value));
+            return std::nullopt;
+        }
+    }
+    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+        return std::nullopt;
+    record.ipAddress = ip;
+    (void)MavixSetting::parsePort(tcpPort, &record.tcpDataPort);
+    (void)MavixSetting::parsePort(udpPort, &record.udpPort);
+    return record;
+}
+
 int SettingsCommands::set(const CommandContext &context)
 {
-    Q_UNUSED(context)
-    return ExitCode::kRefusedInput;
+    MavixSettingAccess access(context.agent);
+    access.setAccessTimeoutMs(context.timeoutMs);
+    access.setEEPROMAccess(context.parser->isSet(QStringLiteral("eeprom")));
+    // The GUI asks, with No as the default; a script says yes beforehand or is refused.
+    const bool yes = context.parser->isSet(QStringLiteral("yes"));
+    access.setUdpPortChangeQuestion([yes] {
+        if (!yes)
+            reportError(QCoreApplication::translate(
+                "GeneralTab", "It is recommended to enable EEPROM Access and rewrite UDP port. If "
+                              "you want to continue, please select yes as it is."));
+        return yes;
+    });
+
+    const std::optional<QByteArray> image = access.readImage(access.imageBase());
+    if (!image)
+        return failureCode(access);
+    MavixSetting device;
+    device.decode(*image);
+    const std::optional<MavixSetting> record = recordFrom(context, device);
+    if (!record)
+        return ExitCode::kRefusedInput;
+    if (!access.write(*record, *image))
+        return failureCode(access);
+    printSetting(context, *record);
+    return ExitCode::kSuccess;
 }

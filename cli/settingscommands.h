@@ -2,7 +2,11 @@
 // and change them with the General tab's checks and write sequence.
 #pragma once
 
+#include "settings/mavixsetting.h"
+
 #include <QCoreApplication>
+
+#include <optional>
 
 struct CommandContext;
 
@@ -13,4 +17,8 @@ class SettingsCommands
 public:
     static int show(const CommandContext &context);
     static int set(const CommandContext &context);
+
+private:
+    [[nodiscard]] static std::optional<MavixSetting> recordFrom(const CommandContext &context,
+                                                                const MavixSetting &device);
 };

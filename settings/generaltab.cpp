@@ -1,23 +1,13 @@
 #include "settings/generaltab.h"
 
 #include "app/report.h"
+#include "settings/mavixsettingaccess.h"
 #include "ui_generaltab.h"
 #include "wren/wrenagent.h"
-#include "wren/wrenerror.h"
 
 #include <QFontDatabase>
 #include <QHostAddress>
 #include <QMessageBox>
-
-namespace {
-
-constexpr quint8 kObtainPermission = 0x00;
-constexpr quint8 kReleasePermission = 0xFF;
-// The image is written in two pieces that leave out bytes 17..23 (the MAC address).
-constexpr int kFirstPieceSize = 17;
-constexpr int kSecondPieceOffset = 0x18;
-
-} // namespace
 
 GeneralTab::GeneralTab(QWidget *parent) : GeneralTab(WithoutForm{}, parent)
 {
@@ -53,6 +43,13 @@ void GeneralTab::setTargetWidgets(const TargetWidgets &widgets)
 void GeneralTab::setAgent(WrenAgent *agent)
 {
     m_agent = agent;
+    delete m_access;
+    m_access = new MavixSettingAccess(agent, this);
+    connect(m_access, &MavixSettingAccess::targetSettingChanged, this,
+            &GeneralTab::targetSettingChanged);
+    connect(m_access, &MavixSettingAccess::failed, this, &GeneralTab::transmissionFailed);
+    connect(m_access, &MavixSettingAccess::succeeded, this, &GeneralTab::transmissionSuccessed);
+    m_access->setUdpPortChangeQuestion([this] { return confirmUdpPortChange(); });
 }
 
 bool GeneralTab::isReady() const
@@ -142,7 +139,8 @@ void GeneralTab::readDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
-    const std::optional<QByteArray> image = readImage(imageBase());
+    m_access->setEEPROMAccess(isEEPROMAccessChecked());
+    const std::optional<QByteArray> image = m_access->readImage(m_access->imageBase());
     if (!image)
         return;
 
@@ -161,14 +159,15 @@ void GeneralTab::writeDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
-    const std::optional<QByteArray> image = readImage(imageBase());
+    m_access->setEEPROMAccess(isEEPROMAccessChecked());
+    const std::optional<QByteArray> image = m_access->readImage(m_access->imageBase());
     if (!image)
         return;
 
     MavixSetting base;
     base.decode(*image);
     const std::optional<MavixSetting> record = recordFromFields(base);
-    if (!record || !runWriteSequence(*record, *image))
+    if (!record || !m_access->write(*record, *image))
         return;
 
     showSetting(*record);
@@ -201,100 +200,16 @@ std::optional<MavixSetting> GeneralTab::recordFromFields(const MavixSetting &bas
     return record;
 }
 
-quint32 GeneralTab::imageBase() const
-{
-    return isEEPROMAccessChecked() ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
-}
-
-std::optional<QByteArray> GeneralTab::readImage(quint32 address)
-{
-    try {
-        return m_agent->read(address, MavixSetting::kImageSize, WrenAgent::kAccessTimeoutMs);
-    } catch (const WrenError &error) {
-        // Other failures have been logged by the agent in its own words.
-        if (error.code == WrenError::Timeout)
-            reportError(tr("Response to reading Mavix Setting is timeout"));
-        emit transmissionFailed();
-        return std::nullopt;
-    }
-}
-
-bool GeneralTab::writePermissionByte(quint8 value, const QString &timeoutMessage)
-{
-    try {
-        (void)m_agent->write(MavixSetting::kEepromPermission, QByteArray(1, char(value)),
-                             WrenAgent::kAccessTimeoutMs);
-        return true;
-    } catch (const WrenError &error) {
-        if (error.code == WrenError::Timeout)
-            reportError(timeoutMessage);
-        emit transmissionFailed();
-        return false;
-    }
-}
-
-bool GeneralTab::writeImage(quint32 base, const QByteArray &image, const MavixSetting &record)
-{
-    try {
-        (void)m_agent->write(base, image.left(kFirstPieceSize), WrenAgent::kAccessTimeoutMs);
-        (void)m_agent->write(base + kSecondPieceOffset, image.mid(kSecondPieceOffset),
-                             WrenAgent::kAccessTimeoutMs);
-        return true;
-    } catch (const WrenError &error) {
-        if (error.code == WrenError::Timeout) {
-            reportError(tr("Response to writing Mavix Setting is timeout"));
-            // A device whose address was just changed answers only at the new one.
-            m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
-        }
-        emit transmissionFailed();
-        return false;
-    }
-}
-
 // Rewriting only the running UDP port moves the device away until its next start from the
 // EEPROM copy, so the user confirms it; No is the default.
-bool GeneralTab::confirmUdpPortChange(const MavixSetting &record)
+bool GeneralTab::confirmUdpPortChange()
 {
-    const std::optional<QByteArray> running = readImage(MavixSetting::kRunningBase);
-    if (!running)
-        return false;
-    MavixSetting runningSetting;
-    runningSetting.decode(*running);
-    if (runningSetting.udpPort == record.udpPort)
-        return true;
-
     QMessageBox box(QMessageBox::Warning, tr("warning"),
                     tr("It is recommended to enable EEPROM Access and rewrite UDP port. If you "
                        "want to continue, please select yes as it is."),
                     QMessageBox::Yes | QMessageBox::No, this);
     box.setDefaultButton(QMessageBox::No);
     return box.exec() != QMessageBox::No;
-}
-
-bool GeneralTab::runWriteSequence(const MavixSetting &record, const QByteArray &imageReadBefore)
-{
-    const bool eeprom = isEEPROMAccessChecked();
-    if (eeprom &&
-        !writePermissionByte(kObtainPermission,
-                             tr("Response to obtaining permisssion to write in EEPROM is timeout")))
-        return false;
-    const quint32 base = eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
-
-    const QByteArray image = record.encode(imageReadBefore);
-    if (!eeprom && !confirmUdpPortChange(record))
-        return false;
-    if (!writeImage(base, image, record))
-        return false;
-    emit targetSettingChanged(record);
-
-    if (eeprom &&
-        !writePermissionByte(kReleasePermission,
-                             tr("Response to permisssion release to write in EEPROM is timeout")))
-        return false;
-
-    reportResult(tr("Writing Mavix setting is successed"));
-    emit transmissionSuccessed();
-    return true;
 }
 
 // After the running copy was rewritten the device answers at its new address and port; the

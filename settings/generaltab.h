@@ -14,6 +14,7 @@ namespace Ui {
 class GeneralTab;
 }
 class QCheckBox;
+class MavixSettingAccess;
 class QLineEdit;
 class WrenAgent;
 
@@ -78,18 +79,12 @@ protected:
 
 private:
     void connectForm();
-    [[nodiscard]] quint32 imageBase() const;
-    [[nodiscard]] std::optional<QByteArray> readImage(quint32 address);
-    [[nodiscard]] bool writePermissionByte(quint8 value, const QString &timeoutMessage);
-    [[nodiscard]] bool writeImage(quint32 base, const QByteArray &image,
-                                  const MavixSetting &record);
-    [[nodiscard]] bool confirmUdpPortChange(const MavixSetting &record);
-    [[nodiscard]] bool runWriteSequence(const MavixSetting &record,
-                                        const QByteArray &imageReadBefore);
+    [[nodiscard]] bool confirmUdpPortChange();
     void followWrittenTarget(const MavixSetting &record);
 
     std::unique_ptr<Ui::GeneralTab> m_ui;
     WrenAgent *m_agent = nullptr;
+    MavixSettingAccess *m_access = nullptr; // the read and write sequences, made with the agent
     QLineEdit *m_targetIPAddress = nullptr;
     QLineEdit *m_targetTCPPort = nullptr;
     QLineEdit *m_targetUDPPort = nullptr;

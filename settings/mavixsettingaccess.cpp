@@ -1,0 +1,129 @@
+#include "settings/mavixsettingaccess.h"
+
+#include "app/report.h"
+#include "wren/wrenagent.h"
+
+#include <QCoreApplication>
+#include <QHostAddress>
+
+namespace {
+
+constexpr quint8 kObtainPermission = 0x00;
+constexpr quint8 kReleasePermission = 0xFF;
+// The image is written in two pieces that leave out bytes 17..23 (the MAC address).
+constexpr int kFirstPieceSize = 17;
+constexpr int kSecondPieceOffset = 0x18;
+
+} // namespace
+
+MavixSettingAccess::MavixSettingAccess(WrenAgent *agent, QObject *parent)
+    : QObject(parent), m_agent(agent), m_accessTimeoutMs(WrenAgent::kAccessTimeoutMs)
+{
+    MavixSetting::registerMetaType();
+}
+
+quint32 MavixSettingAccess::imageBase() const
+{
+    return m_eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
+}
+
+// The messages are the General tab's, under its translation context.
+void MavixSettingAccess::fail(const WrenError &error, const QString &timeoutMessage)
+{
+    m_lastError = error;
+    // Other failures have been logged by the agent in its own words.
+    if (error.code == WrenError::Timeout)
+        reportError(timeoutMessage);
+    emit failed();
+}
+
+std::optional<QByteArray> MavixSettingAccess::readImage(quint32 address)
+{
+    try {
+        return m_agent->read(address, MavixSetting::kImageSize, m_accessTimeoutMs);
+    } catch (const WrenError &error) {
+        fail(error, QCoreApplication::translate("GeneralTab",
+                                                "Response to reading Mavix Setting is timeout"));
+        return std::nullopt;
+    }
+}
+
+bool MavixSettingAccess::writePermissionByte(quint8 value, const QString &timeoutMessage)
+{
+    try {
+        (void)m_agent->write(MavixSetting::kEepromPermission, QByteArray(1, char(value)),
+                             m_accessTimeoutMs);
+        return true;
+    } catch (const WrenError &error) {
+        fail(error, timeoutMessage);
+        return false;
+    }
+}
+
+bool MavixSettingAccess::writeImage(quint32 base, const QByteArray &image,
+                                    const MavixSetting &record)
+{
+    try {
+        (void)m_agent->write(base, image.left(kFirstPieceSize), m_accessTimeoutMs);
+        (void)m_agent->write(base + kSecondPieceOffset, image.mid(kSecondPieceOffset),
+                             m_accessTimeoutMs);
+        return true;
+    } catch (const WrenError &error) {
+        if (error.code == WrenError::Timeout) {
+            reportError(QCoreApplication::translate(
+                "GeneralTab", "Response to writing Mavix Setting is timeout"));
+            // A device whose address was just changed answers only at the new one.
+            m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
+        }
+        m_lastError = error;
+        emit failed();
+        return false;
+    }
+}
+
+// Rewriting only the running UDP port moves the device away until its next start from the
+// EEPROM copy, so the user is asked first.
+bool MavixSettingAccess::confirmUdpPortChange(const MavixSetting &record)
+{
+    const std::optional<QByteArray> running = readImage(MavixSetting::kRunningBase);
+    if (!running)
+        return false;
+    MavixSetting runningSetting;
+    runningSetting.decode(*running);
+    if (runningSetting.udpPort == record.udpPort || !m_confirmUdpPortChange ||
+        m_confirmUdpPortChange())
+        return true;
+    m_declined = true;
+    return false;
+}
+
+bool MavixSettingAccess::write(const MavixSetting &record, const QByteArray &imageReadBefore)
+{
+    m_lastError.reset();
+    m_declined = false;
+    if (m_eeprom &&
+        !writePermissionByte(
+            kObtainPermission,
+            QCoreApplication::translate(
+                "GeneralTab", "Response to obtaining permisssion to write in EEPROM is timeout")))
+        return false;
+    const quint32 base = imageBase();
+
+    const QByteArray image = record.encode(imageReadBefore);
+    if (!m_eeprom && !confirmUdpPortChange(record))
+        return false;
+    if (!writeImage(base, image, record))
+        return false;
+    emit targetSettingChanged(record);
+
+    if (m_eeprom &&
+        !writePermissionByte(
+            kReleasePermission,
+            QCoreApplication::translate(
+                "GeneralTab", "Response to permisssion release to write in EEPROM is timeout")))
+        return false;
+
+    reportResult(QCoreApplication::translate("GeneralTab", "Writing Mavix setting is successed"));
+    emit succeeded();
+    return true;
+}
