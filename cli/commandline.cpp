@@ -68,7 +68,7 @@ CommandLine::CommandLine()
          {address,
           {QStringLiteral("DATA"), tr("Hex bytes (01 02 0a ...) or @ and a file name."),
            QStringLiteral("HEX|@FILE")}},
-         2,
+         1,
          -1,
          &RegisterCommands::write},
         {QStringLiteral("settings"),

@@ -130,8 +130,6 @@ void TransferCommand::begin()
         m_worker->beginRecvThread();
     else
         m_worker->beginSendThread();
-    if (m_timeLimitMs > 0)
-        QTimer::singleShot(m_timeLimitMs, this, &TransferCommand::stop);
 }
 
 void TransferCommand::stop()
@@ -157,6 +155,9 @@ void TransferCommand::onStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS sta
     if (status == TS_RUN) {
         m_running = true;
         m_clock.restart();
+        // The time limit counts from the connection on, as the summary's time does.
+        if (m_timeLimitMs > 0)
+            QTimer::singleShot(m_timeLimitMs, Qt::PreciseTimer, this, &TransferCommand::stop);
         if (m_stopRequested)
             stop();
     } else if (status == TS_STOPPING || status == TS_STOP) {
