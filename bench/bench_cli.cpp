@@ -13,6 +13,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -135,30 +136,42 @@ bool measureReceive(const Emulator &emulator, int runs, qint64 bytes, double *ra
     const QString path = dir.filePath(QStringLiteral("recv.bin"));
     std::vector<double> toolRates;
     std::vector<double> plainRates;
+    const QStringList toolArguments{QStringLiteral("--target"), emulator.target(),
+                                    QStringLiteral("recv"),     path,
+                                    QStringLiteral("--bytes"),  QString::number(bytes)};
+    const QStringList plainArguments{QStringLiteral("--child"), QStringLiteral("recv-plain"),
+                                     QStringLiteral("--port"),  emulator.tcpPort(),
+                                     QStringLiteral("--file"),  path};
+    // Each receive starts without the other's file, whose truncation would count against it, and
+    // the order alternates, so that neither side always meets the other's write-back.
+    const auto receive = [&](const QString &program, const QStringList &arguments) {
+        QFile::remove(path);
+        const double seconds = timed(program, arguments, kTransferTimeoutMs);
+        return seconds > 0 && QFileInfo(path).size() == bytes ? double(bytes) / seconds / 1e6
+                                                              : -1.0;
+    };
     for (int run = 1; run <= runs; ++run) {
-        const double tool =
-            timed(QStringLiteral(MAVIX_CLI_PATH),
-                  {QStringLiteral("--target"), emulator.target(), QStringLiteral("recv"), path,
-                   QStringLiteral("--bytes"), QString::number(bytes)},
-                  kTransferTimeoutMs);
-        if (tool < 0 || QFileInfo(path).size() != bytes)
-            return fail("mavix recv failed");
-        const double plain =
-            timed(QStringLiteral(BENCH_TCP_PATH),
-                  {QStringLiteral("--child"), QStringLiteral("recv-plain"),
-                   QStringLiteral("--port"), emulator.tcpPort(), QStringLiteral("--file"), path},
-                  kTransferTimeoutMs);
-        if (plain < 0 || QFileInfo(path).size() != bytes)
-            return fail("plain receive failed");
-        toolRates.push_back(double(bytes) / tool / 1e6);
-        plainRates.push_back(double(bytes) / plain / 1e6);
-        std::printf("  run %d  recv  mavix %8.1f MB/s   plain %8.1f MB/s\n", run, toolRates.back(),
-                    plainRates.back());
+        double tool = -1;
+        double plain = -1;
+        if (run % 2 == 1) {
+            tool = receive(QStringLiteral(MAVIX_CLI_PATH), toolArguments);
+            plain = receive(QStringLiteral(BENCH_TCP_PATH), plainArguments);
+        } else {
+            plain = receive(QStringLiteral(BENCH_TCP_PATH), plainArguments);
+            tool = receive(QStringLiteral(MAVIX_CLI_PATH), toolArguments);
+        }
+        if (tool < 0 || plain < 0)
+            return fail(tool < 0 ? "mavix recv failed" : "plain receive failed");
+        toolRates.push_back(tool);
+        plainRates.push_back(plain);
+        std::printf("  run %d  recv  mavix %8.1f MB/s   plain %8.1f MB/s\n", run, tool, plain);
         std::fflush(stdout);
     }
+    QFile::remove(path);
     const double tool = median(toolRates);
     const double plain = median(plainRates);
-    std::printf("recv %lld MiB: mavix %.1f MB/s, plain receiver %.1f MB/s (medians of %d)\n",
+    std::printf("recv %lld MiB: mavix %.1f MB/s, plain receiver %.1f MB/s (medians of %d, order "
+                "alternating)\n",
                 static_cast<long long>(bytes >> 20), tool, plain, runs);
     *ratio = tool / plain;
     return true;
