@@ -38,7 +38,9 @@ CommandLine::CommandLine()
                 tr("Time-out of each register access in milliseconds (default %1).")
                     .arg(WrenAgent::kAccessTimeoutMs),
                 QStringLiteral("MS")),
-      m_json(QStringLiteral("json"), tr("Print each result as one JSON object on a line."))
+      m_json(QStringLiteral("json"), tr("Print each result as one JSON object on a line.")),
+      m_help(QStringList(QStringLiteral("h")) << QStringLiteral("help"),
+             tr("Show this help; after a command, the command's help."))
 {
     const QCommandLineOption eepromRead(QStringLiteral("eeprom"),
                                         tr("Read the EEPROM copy instead of the running copy."));
@@ -124,8 +126,7 @@ CommandLine::CommandLine()
 
 void CommandLine::addGlobalOptions(QCommandLineParser &parser) const
 {
-    parser.addOptions({m_target, m_timeout, m_json});
-    parser.addHelpOption();
+    parser.addOptions({m_target, m_timeout, m_json, m_help});
 }
 
 QString CommandLine::mainHelp(QCommandLineParser &parser) const

@@ -49,5 +49,6 @@ private:
     QCommandLineOption m_target;
     QCommandLineOption m_timeout;
     QCommandLineOption m_json;
+    QCommandLineOption m_help;
     QList<Command> m_commands;
 };

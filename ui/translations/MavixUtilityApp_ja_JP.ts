@@ -21,6 +21,148 @@
     </message>
 </context>
 <context>
+    <name>CommandContext</name>
+    <message>
+        <source>The device&apos;s reply is invalid</source>
+        <translation>デバイスの応答が不正です</translation>
+    </message>
+</context>
+<context>
+    <name>CommandLine</name>
+    <message>
+        <source>The device to talk to (default %1:%2:%3); the environment variable %4 sets it too.</source>
+        <translation>通信するデバイス (既定値 %1:%2:%3)。環境変数 %4 でも指定できます。</translation>
+    </message>
+    <message>
+        <source>Time-out of each register access in milliseconds (default %1).</source>
+        <translation>レジスタアクセスごとのタイムアウト (ミリ秒、既定値 %1)。</translation>
+    </message>
+    <message>
+        <source>Print each result as one JSON object on a line.</source>
+        <translation>結果を 1 行に 1 つの JSON オブジェクトで出力します。</translation>
+    </message>
+    <message>
+        <source>Show this help; after a command, the command&apos;s help.</source>
+        <translation>このヘルプを表示します。コマンドの後に付けるとそのコマンドのヘルプを表示します。</translation>
+    </message>
+    <message>
+        <source>Read the EEPROM copy instead of the running copy.</source>
+        <translation>動作中の設定ではなく EEPROM の設定を読み出します。</translation>
+    </message>
+    <message>
+        <source>Write the EEPROM copy instead of the running copy.</source>
+        <translation>動作中の設定ではなく EEPROM の設定に書き込みます。</translation>
+    </message>
+    <message>
+        <source>Register address, hexadecimal (up to 8 digits).</source>
+        <translation>レジスタアドレス (16 進数、8 桁まで)。</translation>
+    </message>
+    <message>
+        <source>Number of bytes, 0 to 255.</source>
+        <translation>バイト数 (0 から 255)。</translation>
+    </message>
+    <message>
+        <source>The file.</source>
+        <translation>ファイル。</translation>
+    </message>
+    <message>
+        <source>Read LEN bytes at ADDR and print them as a hex dump, 16 bytes a line.</source>
+        <translation>ADDR から LEN バイトを読み出し、1 行 16 バイトの 16 進ダンプで出力します。</translation>
+    </message>
+    <message>
+        <source>Write the raw bytes into FILE instead.</source>
+        <translation>代わりにバイトをそのまま FILE に書き込みます。</translation>
+    </message>
+    <message>
+        <source>Leave out the address at the head of each line.</source>
+        <translation>各行の先頭のアドレスを省きます。</translation>
+    </message>
+    <message>
+        <source>Write hex bytes separated by blanks, or the raw bytes of FILE, at ADDR.</source>
+        <translation>空白で区切った 16 進バイト、または FILE の内容をそのまま ADDR に書き込みます。</translation>
+    </message>
+    <message>
+        <source>Allow writes into the top 64 KiB of the address space (expert mode).</source>
+        <translation>アドレス空間の最上位 64 KiB への書き込みを許可します (エキスパートモード)。</translation>
+    </message>
+    <message>
+        <source>Hex bytes (01 02 0a ...) or @ and a file name.</source>
+        <translation>16 進バイト (01 02 0a ...)、または @ とファイル名。</translation>
+    </message>
+    <message>
+        <source>Show the device&apos;s network settings as the General tab does.</source>
+        <translation>デバイスのネットワーク設定を「一般」タブと同じ形で表示します。</translation>
+    </message>
+    <message>
+        <source>Change settings (keys: ip, tcp-port, udp-port, keep-alive=on|off) with the General tab&apos;s checks and write sequence.</source>
+        <translation>「一般」タブと同じ検査と書き込み手順で設定を変更します (キー: ip、tcp-port、udp-port、keep-alive=on|off)。</translation>
+    </message>
+    <message>
+        <source>Go on when the UDP port of the running copy changes (the GUI asks first).</source>
+        <translation>動作中の設定の UDP ポートが変わるときもそのまま続けます (GUI では先に確認します)。</translation>
+    </message>
+    <message>
+        <source>A setting and its new value.</source>
+        <translation>設定項目とその新しい値。</translation>
+    </message>
+    <message>
+        <source>Receive from the TCP data port into FILE until Ctrl+C or a limit.</source>
+        <translation>Ctrl+C または上限まで、TCP データポートから FILE に受信します。</translation>
+    </message>
+    <message>
+        <source>Stop after N bytes; the file keeps exactly N.</source>
+        <translation>N バイトで停止します。ファイルにはちょうど N バイトが残ります。</translation>
+    </message>
+    <message>
+        <source>Stop after S seconds.</source>
+        <translation>S 秒で停止します。</translation>
+    </message>
+    <message>
+        <source>Send FILE to the TCP data port.</source>
+        <translation>FILE を TCP データポートに送信します。</translation>
+    </message>
+    <message>
+        <source>Read a register range again and again and print the lines that changed, until Ctrl+C.</source>
+        <translation>Ctrl+C まで、レジスタ範囲を繰り返し読み出して変化した行を出力します。</translation>
+    </message>
+    <message>
+        <source>Time between two reads in milliseconds (default 1000).</source>
+        <translation>読み出しの間隔 (ミリ秒、既定値 1000)。</translation>
+    </message>
+    <message>
+        <source>Commands:</source>
+        <translation>コマンド:</translation>
+    </message>
+    <message>
+        <source>Reads and writes the registers of a Mavix device, its settings and its TCP data port.</source>
+        <translation>Mavix デバイスのレジスタ、設定、TCP データポートを読み書きします。</translation>
+    </message>
+    <message>
+        <source>The command, see below.</source>
+        <translation>コマンド (下記参照)。</translation>
+    </message>
+    <message>
+        <source>Exit codes: 0 success, 1 refused input, 2 time-out, 3 bad reply, 4 bus error, 5 connection or file failure, 130 a transfer cut short by Ctrl+C.</source>
+        <translation>終了コード: 0 成功、1 入力の拒否、2 タイムアウト、3 不正な応答、4 バスエラー、5 接続またはファイルの失敗、130 Ctrl+C による転送の中断。</translation>
+    </message>
+    <message>
+        <source>&quot;mavix COMMAND --help&quot; describes a command.</source>
+        <translation>各コマンドの説明は &quot;mavix COMMAND --help&quot; で表示されます。</translation>
+    </message>
+    <message>
+        <source>Unknown command: %1; see: mavix --help</source>
+        <translation>不明なコマンドです: %1 (mavix --help を参照してください)</translation>
+    </message>
+    <message>
+        <source>Wrong number of arguments; see: mavix %1 --help</source>
+        <translation>引数の数が正しくありません (mavix %1 --help を参照してください)</translation>
+    </message>
+    <message>
+        <source>--timeout must be a whole number of milliseconds from 1, not %1</source>
+        <translation>--timeout には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
@@ -266,6 +408,32 @@
     <message>
         <source>File cannot open</source>
         <translation>ファイルを開けません</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterCommands</name>
+    <message>
+        <source>Cannot write %1: %2</source>
+        <translation>%1 に書き込めません: %2</translation>
+    </message>
+    <message>
+        <source>Cannot read %1: %2</source>
+        <translation>%1 を読み込めません: %2</translation>
+    </message>
+    <message>
+        <source>--interval must be a whole number of milliseconds from 1, not %1</source>
+        <translation>--interval には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsCommands</name>
+    <message>
+        <source>Unknown setting %1; the settings are %2</source>
+        <translation>不明な設定項目です: %1 (設定項目は %2 です)</translation>
+    </message>
+    <message>
+        <source>keep-alive must be on or off, not %1</source>
+        <translation>keep-alive には on または off を指定してください (指定値: %1)</translation>
     </message>
 </context>
 <context>
@@ -516,6 +684,33 @@ Dialog</source>
     <message>
         <source>Receive file cannot open</source>
         <translation>受信ファイルを開けません</translation>
+    </message>
+</context>
+<context>
+    <name>TransferCommand</name>
+    <message>
+        <source>--%1 must be a whole number from 1, not %2</source>
+        <translation>--%1 には 1 以上の整数を指定してください (指定値: %2)</translation>
+    </message>
+    <message>
+        <source>%1 bytes  %2 s  %3 MB/s</source>
+        <translation>%1 バイト  %2 秒  %3 MB/s</translation>
+    </message>
+    <message>
+        <source>%1 / %2 bytes  %3 s  %4 MB/s</source>
+        <translation>%1 / %2 バイト  %3 秒  %4 MB/s</translation>
+    </message>
+    <message>
+        <source>ETA %1 s</source>
+        <translation>残り %1 秒</translation>
+    </message>
+    <message>
+        <source>%1 bytes received into %2 in %3 s (%4 MB/s)</source>
+        <translation>%1 バイトを %3 秒で %2 に受信しました (%4 MB/s)</translation>
+    </message>
+    <message>
+        <source>%1 of %2 bytes sent from %3 in %4 s (%5 MB/s)</source>
+        <translation>%3 の %2 バイトのうち %1 バイトを %4 秒で送信しました (%5 MB/s)</translation>
     </message>
 </context>
 <context>
