@@ -146,6 +146,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
+    zelrs232cTab()->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -153,6 +154,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -212,8 +214,36 @@ void MainWindow::connectTabs()
     connect(udpTab(), &UDPTab::transmissionFailed, logo, &LogoView::CloseEye);
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
+    connectSerialBridgeTab();
 
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+}
+
+// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting. Connected
+// by signature: the Detail tab takes part once it offers the same signal and slot.
+void MainWindow::connectSerialBridgeTab()
+{
+    ZELRS232CTab *serial = zelrs232cTab();
+    LogoView *logo = m_ui->graphicsView;
+    connect(serial, &ZELRS232CTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(serial, &ZELRS232CTab::transmissionFailed, logo, &LogoView::CloseEye);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+    connect(serial, &ZELRS232CTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    QObject *expert = expertTab();
+    const auto offers = [expert](const char *signature, bool isSignal) {
+        const QByteArray normalized = QMetaObject::normalizedSignature(signature);
+        const QMetaObject *meta = expert->metaObject();
+        return (isSignal ? meta->indexOfSignal(normalized) : meta->indexOfSlot(normalized)) >= 0;
+    };
+    if (!expert || !offers("targetSettingChanged(MavixSetting)", true) ||
+        !offers("applyTargetSettingChange(MavixSetting)", false))
+        return;
+    connect(serial, SIGNAL(targetSettingChanged(MavixSetting)), expert,
+            SLOT(applyTargetSettingChange(MavixSetting)));
+    connect(expert, SIGNAL(targetSettingChanged(MavixSetting)), serial,
+            SLOT(applyTargetSettingChange(MavixSetting)));
 }
 
 void MainWindow::regetNetworkInfo(int index)
@@ -221,6 +251,7 @@ void MainWindow::regetNetworkInfo(int index)
     Q_UNUSED(index)
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()

@@ -6,6 +6,7 @@
 #include "app/log.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
+#include "sim/simserialbridge.h"
 #include "sim/simthread.h"
 #include "tcp/tcprecvinfodlg.h"
 #include "tcp/tcpsendinfodlg.h"
@@ -167,6 +168,25 @@ int main(int argc, char *argv[])
     about.show();
     save(&about, QStringLiteral("about"));
     about.close();
+
+    // The serial bridge: "hello" typed on the DTE connector, received on the DCE connector.
+    MavixSim *sim = device.sim();
+    QMetaObject::invokeMethod(
+        sim, [sim] { (void)(new SimSerialBridge(sim, sim))->start(0, 0); },
+        Qt::BlockingQueuedConnection);
+    tabs->setCurrentIndex(3);
+    click(window, "ZELRS232cRead");
+    click(window, "ZELRS232cConnectButton");
+    auto *connector = child<QComboBox>(window, "ZELRS232cConnectorComboBox");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cConnectButton");
+    connector->setCurrentIndex(0);
+    child<QComboBox>(window, "ZELRS232CDelimiterComboBox")->setCurrentIndex(3);
+    child<QLineEdit>(window, "ZELRS232cSendDataLineEdit")->setText(QStringLiteral("hello"));
+    click(window, "ZELRS232cSendButton");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cReceiveButton");
+    save(window, QStringLiteral("rs232c"));
 
     window->close();
     dataPort.stop();

@@ -644,4 +644,219 @@ Dialog</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
     </message>
 </context>
+<context>
+    <name>ZELRS232CTab</name>
+    <message>
+        <source>Serial Setting</source>
+        <translation>シリアル設定</translation>
+    </message>
+    <message>
+        <source>DTE / DCE</source>
+        <translation>DTE / DCE</translation>
+    </message>
+    <message>
+        <source>Baud Rate</source>
+        <translation>ボーレート</translation>
+    </message>
+    <message>
+        <source>Data Width</source>
+        <translation>データ長</translation>
+    </message>
+    <message>
+        <source>bit</source>
+        <translation>ビット</translation>
+    </message>
+    <message>
+        <source>Stop Bit</source>
+        <translation>ストップビット</translation>
+    </message>
+    <message>
+        <source>Parity</source>
+        <translation>パリティ</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>なし</translation>
+    </message>
+    <message>
+        <source>Mark</source>
+        <translation>マーク</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation>スペース</translation>
+    </message>
+    <message>
+        <source>Odd</source>
+        <translation>奇数</translation>
+    </message>
+    <message>
+        <source>Even</source>
+        <translation>偶数</translation>
+    </message>
+    <message>
+        <source>Flow Control Type</source>
+        <translation>フロー制御</translation>
+    </message>
+    <message>
+        <source>Wait DSR/CTS</source>
+        <translation>DSR/CTS を待つ</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Data</source>
+        <translation>データ</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>区切り文字</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(無視)</translation>
+    </message>
+    <message>
+        <source>CR</source>
+        <translation>CR</translation>
+    </message>
+    <message>
+        <source>LF</source>
+        <translation>LF</translation>
+    </message>
+    <message>
+        <source>CR+LF</source>
+        <translation>CR+LF</translation>
+    </message>
+    <message>
+        <source>Send Data(ASCII)</source>
+        <translation>送信データ(ASCII)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Received Data</source>
+        <translation>受信データ</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Bytes</source>
+        <translation>バイト</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>Read ZEL-RS232C setting is invalid</source>
+        <translation>読み込んだ ZEL-RS232C の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を読み込みました</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C timeout</source>
+        <translation>ZEL-RS232C がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C undefined error</source>
+        <translation>ZEL-RS232C で不明なエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Manual</source>
+        <translation>手動</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore CTS)</source>
+        <translation>自動(CTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider CTS)</source>
+        <translation>自動(CTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore RTS)</source>
+        <translation>自動(RTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider RTS)</source>
+        <translation>自動(RTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Wait DTR/RTS</source>
+        <translation>DTR/RTS を待つ</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C disconnect successed</source>
+        <translation>ZEL-RS232C を切断しました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C connect successed</source>
+        <translation>ZEL-RS232C に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C data is empty</source>
+        <translation>ZEL-RS232C の送信データが空です</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C sending successed</source>
+        <translation>ZEL-RS232C で送信しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C is not connected</source>
+        <translation>ZEL-RS232C に接続していません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C receiving successed</source>
+        <translation>ZEL-RS232C で受信しました</translation>
+    </message>
+</context>
 </TS>
