@@ -17,8 +17,10 @@
 
 #include <QAbstractSocket>
 #include <QAction>
+#include <QCheckBox>
 #include <QDateTime>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QLocale>
 #include <QScrollBar>
 #include <QShortcut>
@@ -146,6 +148,8 @@ void MainWindow::initTabs(const QString &presetTarget)
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
+    if (m_ui->expertTab && m_expert)
+        m_ui->expertTab->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -196,6 +200,8 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     }
     generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
+    if (m_expertTab)
+        m_expertTab->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
@@ -213,12 +219,84 @@ void MainWindow::connectTabs()
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
 
+    connectExpertTab();
+
+    m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+}
+
+// The Detail tab edits the same device as the General tab: target fields, EEPROM box and the
+// target setting travel both ways.
+void MainWindow::connectExpertTab()
+{
+    connect(generalTab()->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name :
+         {"GenTargetIPAddressTextarea", "GenTargetTCPPortTextarea", "GenTargetUDPPortTextarea"})
+        connect(generalTab()->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyGeneralTargetInfoToExpert);
+    if (!m_expertTab)
+        return;
+
+    connect(m_expertTab->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name : {"ExpertTargetIPAddressTextarea", "ExpertTargetTCPPortTextarea",
+                             "ExpertTargetUDPPortTextarea"})
+        connect(m_expertTab->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyExpertTargetInfoToGeneral);
+
+    connect(generalTab(), &GeneralTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    // The ZEL-RS232C tab joins this routing (to and from both settings tabs) where it is wired.
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, udpTab(),
+            &UDPTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, tcpTab(),
+            &TCPTab::applyTargetSettingChange);
+
+    LogoView *logo = m_ui->graphicsView;
+    connect(m_expertTab, &ExpertTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(m_expertTab, &ExpertTab::transmissionFailed, logo, &LogoView::CloseEye);
+}
+
+void MainWindow::applyGeneralTargetInfoToExpert()
+{
+    if (!m_expertTab)
+        return;
+    m_expertTab->setTargetFields(generalTab()->targetIPAddressText(),
+                                 generalTab()->targetTCPPortText(),
+                                 generalTab()->targetUDPPortText());
+    generalTab()->applyTargetFields(false);
+}
+
+void MainWindow::applyExpertTargetInfoToGeneral()
+{
+    if (!m_expertTab)
+        return;
+    generalTab()->setTargetFields(m_expertTab->targetIPAddressText(),
+                                  m_expertTab->targetTCPPortText(),
+                                  m_expertTab->targetUDPPortText());
+    m_expertTab->applyTargetFields(false);
+}
+
+void MainWindow::setEEPROMAccessCheck(bool checked)
+{
+    generalTab()->setEEPROMAccessChecked(checked);
+    if (m_expertTab)
+        m_expertTab->setEEPROMAccessChecked(checked);
 }
 
 void MainWindow::regetNetworkInfo(int index)
 {
-    Q_UNUSED(index)
+    // Target text typed on one settings tab follows the user to the other, even when the tab bar
+    // was clicked before the field reported its editing finished.
+    QWidget *shown = m_ui->modeTab->widget(index);
+    if (m_expertTab && m_shownTab == m_expertTab)
+        applyExpertTargetInfoToGeneral();
+    else if (m_expertTab && shown == m_expertTab)
+        applyGeneralTargetInfoToExpert();
+    m_shownTab = shown;
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
 }
