@@ -77,7 +77,8 @@ void makeFile(const QString &path, qint64 size)
         file.write(SimDataPort::pattern(0, size));
 }
 
-// The Detail tab after reading the running copy.
+// The Detail tab as an expert uses it: read the running copy, switch keep-alive on and change the
+// time-outs, write them into the EEPROM copy, reset the fields and read the EEPROM copy back.
 int takeDetailShot(const QString &target)
 {
     AppContext context(true, false, 0, false, nullptr, target);
@@ -86,6 +87,18 @@ int takeDetailShot(const QString &target)
     window->show();
     settle(1500);
     child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->expertTab());
+    click(window, "ExpertReadButton");
+    settle(300);
+
+    child<QComboBox>(window, "ExpertTCPKeepAliveEnabledCombobox")->setCurrentIndex(1);
+    child<QLineEdit>(window, "ExpertTCPKeepAliveBETextarea")->setText(QStringLiteral("30000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutConTextarea")->setText(QStringLiteral("3000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutDicTextarea")->setText(QStringLiteral("600000"));
+    child<QCheckBox>(window, "ExpertEEPROMAccessCheckbox")->setChecked(true);
+    click(window, "ExpertWriteButton");
+    settle(300);
+    click(window, "ExpertResetButton");
+    settle(300);
     click(window, "ExpertReadButton");
     save(window, QStringLiteral("detail"));
     window->close();
