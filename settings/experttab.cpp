@@ -20,18 +20,6 @@ bool isIPv4Address(const QString &text)
     return isValidIPAddress(text) && QHostAddress(text).protocol() == QAbstractSocket::IPv4Protocol;
 }
 
-// "02:00:C0:A8:00:10" as six bytes; empty when the text is not six hexadecimal bytes.
-std::optional<std::array<quint8, 6>> macFromText(const QString &text)
-{
-    if (!isValidMACAddress(text))
-        return std::nullopt;
-    const QStringList parts = text.split(QLatin1Char(':'));
-    std::array<quint8, 6> mac{};
-    for (size_t i = 0; i < mac.size(); ++i)
-        mac[i] = quint8(parts.at(qsizetype(i)).toUInt(nullptr, 16));
-    return mac;
-}
-
 } // namespace
 
 ExpertTab::ExpertTab(QWidget *parent)
@@ -99,9 +87,9 @@ std::optional<MavixSetting> ExpertTab::recordFromFields(const MavixSetting &base
     take16(m_ui->ExpertTCPPortTextarea, record.tcpDataPort,
            tr("TCP Port number must be 0 to 65535"));
     take16(m_ui->ExpertUDPPortTextarea, record.udpPort, tr("UDP Port number must be 0 to 65535"));
-    if (const auto mac = macFromText(m_ui->ExpertMACAddressTextarea->text()))
-        record.macAddress = *mac;
-    else
+    // Checked only: the write never reaches the MAC bytes, so the record keeps the device's MAC
+    // and the field shows it again after a write.
+    if (!isValidMACAddress(m_ui->ExpertMACAddressTextarea->text()))
         refuse(tr("Set mac address in format FF:FF:FF:FF:FF:FF"));
     take16(m_ui->ExpertTCPCommandPortTextarea, record.tcpCommandPort,
            tr("TCP Port number must be 0 to 65535"));
