@@ -17,8 +17,10 @@
 
 #include <QAbstractSocket>
 #include <QAction>
+#include <QCheckBox>
 #include <QDateTime>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QLocale>
 #include <QScrollBar>
 #include <QShortcut>
@@ -147,6 +149,8 @@ void MainWindow::initTabs(const QString &presetTarget)
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
     zelrs232cTab()->setAgent(m_agent);
+    if (m_ui->expertTab && m_expert)
+        m_ui->expertTab->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -198,6 +202,8 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     }
     generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
+    if (m_expertTab)
+        m_expertTab->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
@@ -215,12 +221,13 @@ void MainWindow::connectTabs()
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
     connectSerialBridgeTab();
+    connectExpertTab();
 
+    m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
 }
 
-// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting. Connected
-// by signature: the Detail tab takes part once it offers the same signal and slot.
+// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting.
 void MainWindow::connectSerialBridgeTab()
 {
     ZELRS232CTab *serial = zelrs232cTab();
@@ -231,24 +238,86 @@ void MainWindow::connectSerialBridgeTab()
             &ZELRS232CTab::applyTargetSettingChange);
     connect(serial, &ZELRS232CTab::targetSettingChanged, generalTab(),
             &GeneralTab::applyTargetSettingChange);
-    QObject *expert = expertTab();
-    const auto offers = [expert](const char *signature, bool isSignal) {
-        const QByteArray normalized = QMetaObject::normalizedSignature(signature);
-        const QMetaObject *meta = expert->metaObject();
-        return (isSignal ? meta->indexOfSignal(normalized) : meta->indexOfSlot(normalized)) >= 0;
-    };
-    if (!expert || !offers("targetSettingChanged(MavixSetting)", true) ||
-        !offers("applyTargetSettingChange(MavixSetting)", false))
+    if (!m_expertTab)
         return;
-    connect(serial, SIGNAL(targetSettingChanged(MavixSetting)), expert,
-            SLOT(applyTargetSettingChange(MavixSetting)));
-    connect(expert, SIGNAL(targetSettingChanged(MavixSetting)), serial,
-            SLOT(applyTargetSettingChange(MavixSetting)));
+    connect(serial, &ZELRS232CTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+}
+
+// The Detail tab edits the same device as the General tab: target fields, EEPROM box and the
+// target setting travel both ways.
+void MainWindow::connectExpertTab()
+{
+    connect(generalTab()->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name :
+         {"GenTargetIPAddressTextarea", "GenTargetTCPPortTextarea", "GenTargetUDPPortTextarea"})
+        connect(generalTab()->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyGeneralTargetInfoToExpert);
+    if (!m_expertTab)
+        return;
+
+    connect(m_expertTab->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name : {"ExpertTargetIPAddressTextarea", "ExpertTargetTCPPortTextarea",
+                             "ExpertTargetUDPPortTextarea"})
+        connect(m_expertTab->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyExpertTargetInfoToGeneral);
+
+    connect(generalTab(), &GeneralTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    // The ZEL-RS232C tab's part of this routing is in connectSerialBridgeTab().
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, udpTab(),
+            &UDPTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, tcpTab(),
+            &TCPTab::applyTargetSettingChange);
+
+    LogoView *logo = m_ui->graphicsView;
+    connect(m_expertTab, &ExpertTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(m_expertTab, &ExpertTab::transmissionFailed, logo, &LogoView::CloseEye);
+}
+
+void MainWindow::applyGeneralTargetInfoToExpert()
+{
+    if (!m_expertTab)
+        return;
+    m_expertTab->setTargetFields(generalTab()->targetIPAddressText(),
+                                 generalTab()->targetTCPPortText(),
+                                 generalTab()->targetUDPPortText());
+    generalTab()->applyTargetFields(false);
+}
+
+void MainWindow::applyExpertTargetInfoToGeneral()
+{
+    if (!m_expertTab)
+        return;
+    generalTab()->setTargetFields(m_expertTab->targetIPAddressText(),
+                                  m_expertTab->targetTCPPortText(),
+                                  m_expertTab->targetUDPPortText());
+    m_expertTab->applyTargetFields(false);
+}
+
+void MainWindow::setEEPROMAccessCheck(bool checked)
+{
+    generalTab()->setEEPROMAccessChecked(checked);
+    if (m_expertTab)
+        m_expertTab->setEEPROMAccessChecked(checked);
 }
 
 void MainWindow::regetNetworkInfo(int index)
 {
-    Q_UNUSED(index)
+    // Target text typed on one settings tab follows the user to the other, even when the tab bar
+    // was clicked before the field reported its editing finished.
+    QWidget *shown = m_ui->modeTab->widget(index);
+    if (m_expertTab && m_shownTab == m_expertTab)
+        applyExpertTargetInfoToGeneral();
+    else if (m_expertTab && shown == m_expertTab)
+        applyGeneralTargetInfoToExpert();
+    m_shownTab = shown;
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
     zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());

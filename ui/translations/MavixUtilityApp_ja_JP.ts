@@ -21,6 +21,173 @@
     </message>
 </context>
 <context>
+    <name>ExpertTab</name>
+    <message>
+        <source>Target</source>
+        <translation>接続先</translation>
+    </message>
+    <message>
+        <source>IP Address</source>
+        <translation>IP アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>UDP Port</source>
+        <translation>UDP ポート</translation>
+    </message>
+    <message>
+        <source>Read every setting from the running copy, or from the EEPROM copy when EEPROM Access is checked</source>
+        <translation>すべての設定を動作中の設定から読み出します。EEPROM アクセスがチェックされているときは EEPROM の設定から読み出します</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write Setting</source>
+        <translation>書き込む設定</translation>
+    </message>
+    <message>
+        <source>Read and write the EEPROM copy, which the device loads when it starts</source>
+        <translation>デバイスが起動時に読み込む EEPROM の設定を読み書きします</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Write every setting on this tab into the device (the MAC address is checked but never written)</source>
+        <translation>このタブのすべての設定をデバイスに書き込みます(MAC アドレスは確認のみで書き込まれません)</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Show the factory values in the fields; nothing is sent until you write</source>
+        <translation>工場出荷時の値を表示します。書き込むまでデバイスには何も送信されません</translation>
+    </message>
+    <message>
+        <source>Reset</source>
+        <translation>リセット</translation>
+    </message>
+    <message>
+        <source>Network</source>
+        <translation>ネットワーク</translation>
+    </message>
+    <message>
+        <source>MAC Address</source>
+        <translation>MAC アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Data Port</source>
+        <translation>TCP データポート</translation>
+    </message>
+    <message>
+        <source>TCP Command Port</source>
+        <translation>TCP コマンドポート</translation>
+    </message>
+    <message>
+        <source>TCP</source>
+        <translation>TCP</translation>
+    </message>
+    <message>
+        <source>TCP Max Segment Size</source>
+        <translation>TCP 最大セグメントサイズ</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive</source>
+        <translation>TCP キープアライブ</translation>
+    </message>
+    <message>
+        <source>disable</source>
+        <translation>無効</translation>
+    </message>
+    <message>
+        <source>enable</source>
+        <translation>有効</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer not empty)</source>
+        <translation>TCP キープアライブ(バッファ空でない)</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>ミリ秒</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer empty)</source>
+        <translation>TCP キープアライブ(バッファ空)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Connecting)</source>
+        <translation>TCP タイムアウト(接続)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Disconnect)</source>
+        <translation>TCP タイムアウト(切断)</translation>
+    </message>
+    <message>
+        <source>TCP Re-Connect Interval</source>
+        <translation>TCP 再接続間隔</translation>
+    </message>
+    <message>
+        <source>TCP Re-Transmition Timer</source>
+        <translation>TCP 再送タイマー</translation>
+    </message>
+    <message>
+        <source>Please write if you reset Mavix Setting</source>
+        <translation>Mavix の設定をリセットする場合は書き込みを行ってください</translation>
+    </message>
+    <message>
+        <source>IP address is invalid</source>
+        <translation>IP アドレスが不正です</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>UDP Port number must be 0 to 65535</source>
+        <translation>UDP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Set mac address in format FF:FF:FF:FF:FF:FF</source>
+        <translation>MAC アドレスは FF:FF:FF:FF:FF:FF の形式で指定してください</translation>
+    </message>
+    <message>
+        <source>MaxSegmentSize must be 0 to 65535</source>
+        <translation>最大セグメントサイズは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>KeepAlive must be 0 to 65535</source>
+        <translation>キープアライブは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Connecting) must be 0 to 65535</source>
+        <translation>タイムアウト(接続)は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Disconnecting) must be 0 to 16677125</source>
+        <translation>タイムアウト(切断)は 0 から 16677125 で指定してください</translation>
+    </message>
+    <message>
+        <source>Info: Reading TimeOut(Disconnecting) value will change because the lower 8 bits are ignored</source>
+        <translation>情報: 下位 8 ビットは無視されるため、読み出されるタイムアウト(切断)の値は変わります</translation>
+    </message>
+    <message>
+        <source>Reconnect Interval must be 0 to 65535</source>
+        <translation>再接続間隔は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>ReTransmission Timer must be 0 to 65535</source>
+        <translation>再送タイマーは 0 から 65535 で指定してください</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
