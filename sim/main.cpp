@@ -4,6 +4,7 @@
 #include "sim/mavixsim.h"
 #include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
+#include "sim/simserialbridge.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -272,6 +273,11 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const OptionSet options;
     options.addTo(parser);
+    const QCommandLineOption rs232cOption(
+        QStringLiteral("rs232c"),
+        tr("Serial bridge module: its DTE connector takes the TCP data port, its DCE connector "
+           "the next one (any free one with --tcp-port 0); the two are wired to each other."));
+    parser.addOption(rs232cOption);
     parser.process(app);
 
     Settings settings;
@@ -295,11 +301,20 @@ int main(int argc, char *argv[])
     dataPort.setStuck(settings.stuck);
     dataPort.setKeepOpen(settings.keepOpen);
     dataPort.setHashing(settings.hashing);
-    if (!dataPort.listen(settings.options.address, settings.options.tcpPort)) {
+    // The serial bridge's DTE connector takes the place of the data port.
+    const bool rs232c = parser.isSet(rs232cOption);
+    if (!rs232c && !dataPort.listen(settings.options.address, settings.options.tcpPort)) {
         printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
         return kExitPortInUse;
     }
-    sim.setTcpPort(dataPort.port());
+    if (!rs232c)
+        sim.setTcpPort(dataPort.port());
+    auto *bridge = rs232c ? new SimSerialBridge(&sim, &sim) : nullptr;
+    const quint16 tcpPort = settings.options.tcpPort;
+    if (bridge && !bridge->start(tcpPort, tcpPort == 0 ? 0 : quint16(tcpPort + 1))) {
+        printLine(stderr, tr("mavix-sim: %1").arg(bridge->errorString()));
+        return kExitPortInUse;
+    }
     QObject::connect(&dataPort, &SimDataPort::connectionFinished, &sim,
                      [](qint64 bytes, const QByteArray &sha256, double seconds) {
                          printLine(stdout, tr("mavix-sim: tcp: %1 bytes in %2 s, sha256 %3")
@@ -329,5 +344,13 @@ int main(int argc, char *argv[])
     printLine(stdout, QStringLiteral("mavix-sim: udp %1 tcp %2")
                           .arg(endpoint(sim.address(), sim.udpPort()),
                                endpoint(sim.address(), sim.tcpPort())));
+    if (bridge) {
+        QObject::connect(bridge, &SimSerialBridge::problemOccurred, &sim, [](const QString &text) {
+            printLine(stderr, tr("mavix-sim: %1").arg(text));
+        });
+        printLine(stdout, QStringLiteral("mavix-sim: rs232c dte %1 dce %2")
+                              .arg(endpoint(sim.address(), bridge->port(Rs232c::Connector::Dte)),
+                                   endpoint(sim.address(), bridge->port(Rs232c::Connector::Dce))));
+    }
     return app.exec();
 }

@@ -242,6 +242,10 @@ void MavixSim::serve(const char *datagram, qint64 size)
         saveEeprom();
     if (outcome.tcpWritten >= 0)
         emit tcpPortWritten(quint16(outcome.tcpWritten));
+    if (outcome.written) {
+        const auto *raw = reinterpret_cast<const uchar *>(datagram);
+        emit registersWritten(qFromBigEndian<quint32>(raw + 4), raw[3]);
+    }
 }
 
 bool MavixSim::isWellFormed(const char *datagram, qint64 size)
@@ -314,6 +318,7 @@ bool MavixSim::writeRegisters(quint32 address, const char *data, int length, Out
     const quint16 tcpBefore = SimRegisters::portAt(running, SimRegisters::kTcpDataPortOffset);
     if (!m_registers.write(address, data, length))
         return false;
+    outcome.written = true;
     const quint16 udpAfter = SimRegisters::portAt(running, SimRegisters::kUdpPortOffset);
     const quint16 tcpAfter = SimRegisters::portAt(running, SimRegisters::kTcpDataPortOffset);
     if (udpAfter != udpBefore)

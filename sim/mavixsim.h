@@ -70,6 +70,8 @@ signals:
     void requestServed(const QString &line); // one line per request, only while verbose
     void udpPortMoved(quint16 port);
     void tcpPortWritten(quint16 port); // a write changed the running copy's TCP data port
+    // A write was accepted (emitted on the emulator's thread before the next request is served).
+    void registersWritten(quint32 address, int length);
     void problemOccurred(const QString &text);
 
 private:
@@ -81,6 +83,7 @@ private:
         bool busError = false;
         int moveUdpTo = -1;
         int tcpWritten = -1;
+        bool written = false;
         bool eepromChanged = false;
         int delayMs = 0;
         QByteArray stale;

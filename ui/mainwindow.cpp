@@ -17,8 +17,10 @@
 
 #include <QAbstractSocket>
 #include <QAction>
+#include <QCheckBox>
 #include <QDateTime>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QLocale>
 #include <QScrollBar>
 #include <QShortcut>
@@ -146,6 +148,9 @@ void MainWindow::initTabs(const QString &presetTarget)
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
+    zelrs232cTab()->setAgent(m_agent);
+    if (m_ui->expertTab && m_expert)
+        m_ui->expertTab->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -153,6 +158,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -196,6 +202,8 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     }
     generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
+    if (m_expertTab)
+        m_expertTab->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
@@ -212,15 +220,107 @@ void MainWindow::connectTabs()
     connect(udpTab(), &UDPTab::transmissionFailed, logo, &LogoView::CloseEye);
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
+    connectSerialBridgeTab();
+    connectExpertTab();
 
+    m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+}
+
+// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting.
+void MainWindow::connectSerialBridgeTab()
+{
+    ZELRS232CTab *serial = zelrs232cTab();
+    LogoView *logo = m_ui->graphicsView;
+    connect(serial, &ZELRS232CTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(serial, &ZELRS232CTab::transmissionFailed, logo, &LogoView::CloseEye);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+    connect(serial, &ZELRS232CTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    if (!m_expertTab)
+        return;
+    connect(serial, &ZELRS232CTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+}
+
+// The Detail tab edits the same device as the General tab: target fields, EEPROM box and the
+// target setting travel both ways.
+void MainWindow::connectExpertTab()
+{
+    connect(generalTab()->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name :
+         {"GenTargetIPAddressTextarea", "GenTargetTCPPortTextarea", "GenTargetUDPPortTextarea"})
+        connect(generalTab()->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyGeneralTargetInfoToExpert);
+    if (!m_expertTab)
+        return;
+
+    connect(m_expertTab->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name : {"ExpertTargetIPAddressTextarea", "ExpertTargetTCPPortTextarea",
+                             "ExpertTargetUDPPortTextarea"})
+        connect(m_expertTab->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyExpertTargetInfoToGeneral);
+
+    connect(generalTab(), &GeneralTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    // The ZEL-RS232C tab's part of this routing is in connectSerialBridgeTab().
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, udpTab(),
+            &UDPTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, tcpTab(),
+            &TCPTab::applyTargetSettingChange);
+
+    LogoView *logo = m_ui->graphicsView;
+    connect(m_expertTab, &ExpertTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(m_expertTab, &ExpertTab::transmissionFailed, logo, &LogoView::CloseEye);
+}
+
+void MainWindow::applyGeneralTargetInfoToExpert()
+{
+    if (!m_expertTab)
+        return;
+    m_expertTab->setTargetFields(generalTab()->targetIPAddressText(),
+                                 generalTab()->targetTCPPortText(),
+                                 generalTab()->targetUDPPortText());
+    generalTab()->applyTargetFields(false);
+}
+
+void MainWindow::applyExpertTargetInfoToGeneral()
+{
+    if (!m_expertTab)
+        return;
+    generalTab()->setTargetFields(m_expertTab->targetIPAddressText(),
+                                  m_expertTab->targetTCPPortText(),
+                                  m_expertTab->targetUDPPortText());
+    m_expertTab->applyTargetFields(false);
+}
+
+void MainWindow::setEEPROMAccessCheck(bool checked)
+{
+    generalTab()->setEEPROMAccessChecked(checked);
+    if (m_expertTab)
+        m_expertTab->setEEPROMAccessChecked(checked);
 }
 
 void MainWindow::regetNetworkInfo(int index)
 {
-    Q_UNUSED(index)
+    // Target text typed on one settings tab follows the user to the other, even when the tab bar
+    // was clicked before the field reported its editing finished.
+    QWidget *shown = m_ui->modeTab->widget(index);
+    if (m_expertTab && m_shownTab == m_expertTab)
+        applyExpertTargetInfoToGeneral();
+    else if (m_expertTab && shown == m_expertTab)
+        applyGeneralTargetInfoToExpert();
+    m_shownTab = shown;
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()

@@ -49,6 +49,10 @@ signals:
 
 public slots:
     void regetNetworkInfo(int index);
+    // Expert mode: the two tabs' target fields and EEPROM boxes kept in step.
+    void applyGeneralTargetInfoToExpert();
+    void applyExpertTargetInfoToGeneral();
+    void setEEPROMAccessCheck(bool checked);
     void actionAbout_triggered();
     void onShowResult(const QString &text);
     void onShowError(const QString &text);
@@ -59,12 +63,15 @@ private:
     void removeTabsOfOtherModes();
     void applyPresetTarget(const QString &presetTarget);
     void connectTabs();
+    void connectSerialBridgeTab();
+    void connectExpertTab();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;
     WrenAgent *m_agent = nullptr;
     ExpertTab *m_expertTab = nullptr;
     ServerTab *m_serverTab = nullptr;
+    QWidget *m_shownTab = nullptr; // the tab shown before the last tab change
     bool m_expert = false;
     bool m_serverMode = false;
     int m_uiPort = 0;

@@ -1,11 +1,14 @@
 // Takes the screenshots shown in the README: the main window's tabs after a read and the two
 // transfer dialogs mid-transfer, against an emulated device on 127.0.0.1. The language follows the
 // locale, so run it once with LANG=en_US.UTF-8 and once with LANG=ja_JP.UTF-8.
-//   mavix-screenshots OUTPUT_FOLDER
+//   mavix-screenshots OUTPUT_FOLDER [-expert]
+// With -expert it takes only the Detail tab, which exists in expert mode alone.
 #include "app/appcontext.h"
 #include "app/log.h"
+#include "settings/experttab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
+#include "sim/simserialbridge.h"
 #include "sim/simthread.h"
 #include "tcp/tcprecvinfodlg.h"
 #include "tcp/tcpsendinfodlg.h"
@@ -75,13 +78,41 @@ void makeFile(const QString &path, qint64 size)
         file.write(SimDataPort::pattern(0, size));
 }
 
+// The Detail tab as an expert uses it: read the running copy, switch keep-alive on and change the
+// time-outs, write them into the EEPROM copy, reset the fields and read the EEPROM copy back.
+int takeDetailShot(const QString &target)
+{
+    AppContext context(true, false, 0, false, nullptr, target);
+    MainWindow *window = context.mainWindow();
+    window->resize(800, 660);
+    window->show();
+    settle(1500);
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->expertTab());
+    click(window, "ExpertReadButton");
+    settle(300);
+
+    child<QComboBox>(window, "ExpertTCPKeepAliveEnabledCombobox")->setCurrentIndex(1);
+    child<QLineEdit>(window, "ExpertTCPKeepAliveBETextarea")->setText(QStringLiteral("30000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutConTextarea")->setText(QStringLiteral("3000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutDicTextarea")->setText(QStringLiteral("600000"));
+    child<QCheckBox>(window, "ExpertEEPROMAccessCheckbox")->setChecked(true);
+    click(window, "ExpertWriteButton");
+    settle(300);
+    click(window, "ExpertResetButton");
+    settle(300);
+    click(window, "ExpertReadButton");
+    save(window, QStringLiteral("detail"));
+    window->close();
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     if (argc < 2) {
-        std::fprintf(stderr, "usage: mavix-screenshots OUTPUT_FOLDER\n");
+        std::fprintf(stderr, "usage: mavix-screenshots OUTPUT_FOLDER [-expert]\n");
         return 2;
     }
     g_outputFolder = QString::fromLocal8Bit(argv[1]);
@@ -97,13 +128,19 @@ int main(int argc, char *argv[])
     SimDataPort dataPort;
     const quint16 tcpPort = dataPort.start(QHostAddress::LocalHost, 0);
     device.sim()->setTcpPort(tcpPort);
+    const QString target = QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort);
+    if (argc > 2 && QString::fromLocal8Bit(argv[2]) == QLatin1String("-expert")) {
+        const int result = takeDetailShot(target);
+        dataPort.stop();
+        device.stop();
+        return result;
+    }
 
     QTemporaryDir files;
     const QString sendPath = files.filePath(QStringLiteral("firmware-image.bin"));
     makeFile(sendPath, 256 * 1024 * 1024);
 
-    AppContext context(false, false, 0, false, nullptr,
-                       QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort));
+    AppContext context(false, false, 0, false, nullptr, target);
     MainWindow *window = context.mainWindow();
     window->resize(800, 660);
     window->show();
@@ -167,6 +204,25 @@ int main(int argc, char *argv[])
     about.show();
     save(&about, QStringLiteral("about"));
     about.close();
+
+    // The serial bridge: "hello" typed on the DTE connector, received on the DCE connector.
+    MavixSim *sim = device.sim();
+    QMetaObject::invokeMethod(
+        sim, [sim] { (void)(new SimSerialBridge(sim, sim))->start(0, 0); },
+        Qt::BlockingQueuedConnection);
+    tabs->setCurrentIndex(3);
+    click(window, "ZELRS232cRead");
+    click(window, "ZELRS232cConnectButton");
+    auto *connector = child<QComboBox>(window, "ZELRS232cConnectorComboBox");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cConnectButton");
+    connector->setCurrentIndex(0);
+    child<QComboBox>(window, "ZELRS232CDelimiterComboBox")->setCurrentIndex(3);
+    child<QLineEdit>(window, "ZELRS232cSendDataLineEdit")->setText(QStringLiteral("hello"));
+    click(window, "ZELRS232cSendButton");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cReceiveButton");
+    save(window, QStringLiteral("rs232c"));
 
     window->close();
     dataPort.stop();

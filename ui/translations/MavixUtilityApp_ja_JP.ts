@@ -163,6 +163,173 @@
     </message>
 </context>
 <context>
+    <name>ExpertTab</name>
+    <message>
+        <source>Target</source>
+        <translation>接続先</translation>
+    </message>
+    <message>
+        <source>IP Address</source>
+        <translation>IP アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>UDP Port</source>
+        <translation>UDP ポート</translation>
+    </message>
+    <message>
+        <source>Read every setting from the running copy, or from the EEPROM copy when EEPROM Access is checked</source>
+        <translation>すべての設定を動作中の設定から読み出します。EEPROM アクセスがチェックされているときは EEPROM の設定から読み出します</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write Setting</source>
+        <translation>書き込む設定</translation>
+    </message>
+    <message>
+        <source>Read and write the EEPROM copy, which the device loads when it starts</source>
+        <translation>デバイスが起動時に読み込む EEPROM の設定を読み書きします</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Write every setting on this tab into the device (the MAC address is checked but never written)</source>
+        <translation>このタブのすべての設定をデバイスに書き込みます(MAC アドレスは確認のみで書き込まれません)</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Show the factory values in the fields; nothing is sent until you write</source>
+        <translation>工場出荷時の値を表示します。書き込むまでデバイスには何も送信されません</translation>
+    </message>
+    <message>
+        <source>Reset</source>
+        <translation>リセット</translation>
+    </message>
+    <message>
+        <source>Network</source>
+        <translation>ネットワーク</translation>
+    </message>
+    <message>
+        <source>MAC Address</source>
+        <translation>MAC アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Data Port</source>
+        <translation>TCP データポート</translation>
+    </message>
+    <message>
+        <source>TCP Command Port</source>
+        <translation>TCP コマンドポート</translation>
+    </message>
+    <message>
+        <source>TCP</source>
+        <translation>TCP</translation>
+    </message>
+    <message>
+        <source>TCP Max Segment Size</source>
+        <translation>TCP 最大セグメントサイズ</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive</source>
+        <translation>TCP キープアライブ</translation>
+    </message>
+    <message>
+        <source>disable</source>
+        <translation>無効</translation>
+    </message>
+    <message>
+        <source>enable</source>
+        <translation>有効</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer not empty)</source>
+        <translation>TCP キープアライブ(バッファ空でない)</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>ミリ秒</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer empty)</source>
+        <translation>TCP キープアライブ(バッファ空)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Connecting)</source>
+        <translation>TCP タイムアウト(接続)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Disconnect)</source>
+        <translation>TCP タイムアウト(切断)</translation>
+    </message>
+    <message>
+        <source>TCP Re-Connect Interval</source>
+        <translation>TCP 再接続間隔</translation>
+    </message>
+    <message>
+        <source>TCP Re-Transmition Timer</source>
+        <translation>TCP 再送タイマー</translation>
+    </message>
+    <message>
+        <source>Please write if you reset Mavix Setting</source>
+        <translation>Mavix の設定をリセットする場合は書き込みを行ってください</translation>
+    </message>
+    <message>
+        <source>IP address is invalid</source>
+        <translation>IP アドレスが不正です</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>UDP Port number must be 0 to 65535</source>
+        <translation>UDP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Set mac address in format FF:FF:FF:FF:FF:FF</source>
+        <translation>MAC アドレスは FF:FF:FF:FF:FF:FF の形式で指定してください</translation>
+    </message>
+    <message>
+        <source>MaxSegmentSize must be 0 to 65535</source>
+        <translation>最大セグメントサイズは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>KeepAlive must be 0 to 65535</source>
+        <translation>キープアライブは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Connecting) must be 0 to 65535</source>
+        <translation>タイムアウト(接続)は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Disconnecting) must be 0 to 16677125</source>
+        <translation>タイムアウト(切断)は 0 から 16677125 で指定してください</translation>
+    </message>
+    <message>
+        <source>Info: Reading TimeOut(Disconnecting) value will change because the lower 8 bits are ignored</source>
+        <translation>情報: 下位 8 ビットは無視されるため、読み出されるタイムアウト(切断)の値は変わります</translation>
+    </message>
+    <message>
+        <source>Reconnect Interval must be 0 to 65535</source>
+        <translation>再接続間隔は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>ReTransmission Timer must be 0 to 65535</source>
+        <translation>再送タイマーは 0 から 65535 で指定してください</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
@@ -837,6 +1004,221 @@ Dialog</source>
     <message>
         <source>WREN Recv, Bus Error occured</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
+    </message>
+</context>
+<context>
+    <name>ZELRS232CTab</name>
+    <message>
+        <source>Serial Setting</source>
+        <translation>シリアル設定</translation>
+    </message>
+    <message>
+        <source>DTE / DCE</source>
+        <translation>DTE / DCE</translation>
+    </message>
+    <message>
+        <source>Baud Rate</source>
+        <translation>ボーレート</translation>
+    </message>
+    <message>
+        <source>Data Width</source>
+        <translation>データ長</translation>
+    </message>
+    <message>
+        <source>bit</source>
+        <translation>ビット</translation>
+    </message>
+    <message>
+        <source>Stop Bit</source>
+        <translation>ストップビット</translation>
+    </message>
+    <message>
+        <source>Parity</source>
+        <translation>パリティ</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>なし</translation>
+    </message>
+    <message>
+        <source>Mark</source>
+        <translation>マーク</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation>スペース</translation>
+    </message>
+    <message>
+        <source>Odd</source>
+        <translation>奇数</translation>
+    </message>
+    <message>
+        <source>Even</source>
+        <translation>偶数</translation>
+    </message>
+    <message>
+        <source>Flow Control Type</source>
+        <translation>フロー制御</translation>
+    </message>
+    <message>
+        <source>Wait DSR/CTS</source>
+        <translation>DSR/CTS を待つ</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Data</source>
+        <translation>データ</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>区切り文字</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(無視)</translation>
+    </message>
+    <message>
+        <source>CR</source>
+        <translation>CR</translation>
+    </message>
+    <message>
+        <source>LF</source>
+        <translation>LF</translation>
+    </message>
+    <message>
+        <source>CR+LF</source>
+        <translation>CR+LF</translation>
+    </message>
+    <message>
+        <source>Send Data(ASCII)</source>
+        <translation>送信データ(ASCII)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Received Data</source>
+        <translation>受信データ</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Bytes</source>
+        <translation>バイト</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>Read ZEL-RS232C setting is invalid</source>
+        <translation>読み込んだ ZEL-RS232C の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を読み込みました</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C timeout</source>
+        <translation>ZEL-RS232C がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C undefined error</source>
+        <translation>ZEL-RS232C で不明なエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Manual</source>
+        <translation>手動</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore CTS)</source>
+        <translation>自動(CTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider CTS)</source>
+        <translation>自動(CTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore RTS)</source>
+        <translation>自動(RTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider RTS)</source>
+        <translation>自動(RTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Wait DTR/RTS</source>
+        <translation>DTR/RTS を待つ</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C disconnect successed</source>
+        <translation>ZEL-RS232C を切断しました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C connect successed</source>
+        <translation>ZEL-RS232C に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C data is empty</source>
+        <translation>ZEL-RS232C の送信データが空です</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C sending successed</source>
+        <translation>ZEL-RS232C で送信しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C is not connected</source>
+        <translation>ZEL-RS232C に接続していません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C receiving successed</source>
+        <translation>ZEL-RS232C で受信しました</translation>
     </message>
 </context>
 </TS>
