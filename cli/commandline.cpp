@@ -83,8 +83,10 @@ CommandLine::CommandLine()
          &SettingsCommands::show},
         {QStringLiteral("set"),
          QStringLiteral("[--eeprom] [--yes] KEY=VALUE ..."),
-         tr("Change settings (keys: ip, tcp-port, udp-port, keep-alive=on|off) with the General "
-            "tab's checks and write sequence."),
+         tr("Change settings with the checks of the General and Detail tabs and the General tab's "
+            "write sequence. Keys: ip, tcp-port, udp-port, command-port, max-segment-size, "
+            "keep-alive (on or off), keep-alive-busy-ms, keep-alive-idle-ms, connect-timeout-ms, "
+            "disconnect-timeout-ms, reconnect-interval-ms, retransmission-timer-ms."),
          {eepromWrite,
           {QStringLiteral("yes"),
            tr("Go on when the UDP port of the running copy changes (the GUI asks first).")}},

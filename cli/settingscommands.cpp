@@ -6,6 +6,7 @@
 #include "cli/exitcode.h"
 #include "settings/mavixsetting.h"
 #include "settings/mavixsettingaccess.h"
+#include "settings/mavixsettingfields.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
 
@@ -17,8 +18,43 @@
 
 namespace {
 
-const QStringList kKeys{QStringLiteral("ip"), QStringLiteral("tcp-port"),
-                        QStringLiteral("udp-port"), QStringLiteral("keep-alive")};
+// The keys of `set` and the Detail tab's fields they fill. The MAC address has none: the write
+// sequence never reaches it.
+struct Key
+{
+    const char *name;
+    QString MavixSettingFields::*field;
+};
+constexpr Key kKeys[] = {
+    {"ip", &MavixSettingFields::ipAddress},
+    {"tcp-port", &MavixSettingFields::tcpDataPort},
+    {"udp-port", &MavixSettingFields::udpPort},
+    {"command-port", &MavixSettingFields::tcpCommandPort},
+    {"max-segment-size", &MavixSettingFields::tcpMaxSegmentSize},
+    {"keep-alive", nullptr}, // on or off
+    {"keep-alive-busy-ms", &MavixSettingFields::tcpKeepAliveBufferNotEmptyMs},
+    {"keep-alive-idle-ms", &MavixSettingFields::tcpKeepAliveBufferEmptyMs},
+    {"connect-timeout-ms", &MavixSettingFields::tcpTimeoutConnectingMs},
+    {"disconnect-timeout-ms", &MavixSettingFields::tcpTimeoutDisconnectMs},
+    {"reconnect-interval-ms", &MavixSettingFields::tcpReconnectIntervalMs},
+    {"retransmission-timer-ms", &MavixSettingFields::tcpRetransmissionTimerMs},
+};
+
+const Key *findKey(const QString &name)
+{
+    for (const Key &key : kKeys)
+        if (name == QLatin1String(key.name))
+            return &key;
+    return nullptr;
+}
+
+QString keyNames()
+{
+    QStringList names;
+    for (const Key &key : kKeys)
+        names << QLatin1String(key.name);
+    return names.join(QStringLiteral(", "));
+}
 
 // The exit code of a failed sequence: the failed access's, or refused input for a declined change.
 int failureCode(const MavixSettingAccess &access)
@@ -77,41 +113,35 @@ int SettingsCommands::show(const CommandContext &context)
     return ExitCode::kSuccess;
 }
 
-// KEY=VALUE pairs as the General tab's write fields: a key left out keeps the device's value. The
-// IP address and ports pass the General tab's five checks, with its messages.
+// KEY=VALUE pairs fill the Detail tab's fields, which start from the device's values: a key left
+// out keeps the device's value. Every field passes the Detail tab's checks, then the address and
+// ports the General tab's, with their messages.
 std::optional<MavixSetting> SettingsCommands::recordFrom(const CommandContext &context,
                                                          const MavixSetting &device)
 {
-    QString ip = device.ipAddress;
-    QString tcpPort = QString::number(device.tcpDataPort);
-    QString udpPort = QString::number(device.udpPort);
-    MavixSetting record = device;
+    MavixSettingFields fields = MavixSettingFields::from(device);
     for (const QString &argument : context.arguments) {
-        const QString key = argument.section(QLatin1Char('='), 0, 0);
+        const QString name = argument.section(QLatin1Char('='), 0, 0);
         const QString value = argument.section(QLatin1Char('='), 1);
-        if (!argument.contains(QLatin1Char('=')) || !kKeys.contains(key)) {
-            reportError(tr("Unknown setting %1; the settings are %2")
-                            .arg(key, kKeys.join(QStringLiteral(", "))));
+        const Key *key = argument.contains(QLatin1Char('=')) ? findKey(name) : nullptr;
+        if (!key) {
+            reportError(tr("Unknown setting %1; the settings are %2").arg(name, keyNames()));
             return std::nullopt;
         }
-        if (key == kKeys[0])
-            ip = value;
-        else if (key == kKeys[1])
-            tcpPort = value;
-        else if (key == kKeys[2])
-            udpPort = value;
-        else if (value == QLatin1String("on") || value == QLatin1String("off"))
-            record.tcpKeepAliveEnabled = value == QLatin1String("on");
-        else {
+        if (key->field) {
+            fields.*(key->field) = value;
+        } else if (value == QLatin1String("on") || value == QLatin1String("off")) {
+            fields.tcpKeepAliveEnabled = value == QLatin1String("on");
+        } else {
             reportError(tr("keep-alive must be on or off, not %1").arg(value));
             return std::nullopt;
         }
     }
-    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+    const std::optional<MavixSetting> record = fields.toRecord(device);
+    if (!record ||
+        !MavixSetting::validateTarget(record->ipAddress, QString::number(record->tcpDataPort),
+                                      QString::number(record->udpPort), true))
         return std::nullopt;
-    record.ipAddress = ip;
-    (void)MavixSetting::parsePort(tcpPort, &record.tcpDataPort);
-    (void)MavixSetting::parsePort(udpPort, &record.udpPort);
     return record;
 }
 

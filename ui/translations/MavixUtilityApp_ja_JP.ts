@@ -94,10 +94,6 @@
         <translation>デバイスのネットワーク設定を「一般」タブと同じ形で表示します。</translation>
     </message>
     <message>
-        <source>Change settings (keys: ip, tcp-port, udp-port, keep-alive=on|off) with the General tab&apos;s checks and write sequence.</source>
-        <translation>「一般」タブと同じ検査と書き込み手順で設定を変更します (キー: ip、tcp-port、udp-port、keep-alive=on|off)。</translation>
-    </message>
-    <message>
         <source>Go on when the UDP port of the running copy changes (the GUI asks first).</source>
         <translation>動作中の設定の UDP ポートが変わるときもそのまま続けます (GUI では先に確認します)。</translation>
     </message>
@@ -160,6 +156,10 @@
     <message>
         <source>--timeout must be a whole number of milliseconds from 1, not %1</source>
         <translation>--timeout には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+    <message>
+        <source>Change settings with the checks of the General and Detail tabs and the General tab&apos;s write sequence. Keys: ip, tcp-port, udp-port, command-port, max-segment-size, keep-alive (on or off), keep-alive-busy-ms, keep-alive-idle-ms, connect-timeout-ms, disconnect-timeout-ms, reconnect-interval-ms, retransmission-timer-ms.</source>
+        <translation>「一般」タブと「詳細」タブと同じ検査、「一般」タブと同じ書き込み手順で設定を変更します。キー: ip、tcp-port、udp-port、command-port、max-segment-size、keep-alive (on または off)、keep-alive-busy-ms、keep-alive-idle-ms、connect-timeout-ms、disconnect-timeout-ms、reconnect-interval-ms、retransmission-timer-ms。</translation>
     </message>
 </context>
 <context>
