@@ -39,6 +39,10 @@ inline QStringList describe(const QList<SimAccess> &log)
     return lines;
 }
 
+// Every access of a tab under test waits this long: long enough for the emulator, short enough to
+// wait out when it stays silent.
+inline constexpr int kTabTimeoutMs = 400;
+
 template <typename Tab> class TabFixture
 {
 public:
@@ -52,6 +56,7 @@ public:
         if (aimAgent)
             agent.setTarget(QHostAddress(QHostAddress::LocalHost), simThread.udpPort());
         tab.setAgent(&agent);
+        tab.setAccessTimeoutMs(kTabTimeoutMs);
         tab.show();
         return QTest::qWaitForWindowExposed(&tab);
     }

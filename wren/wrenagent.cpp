@@ -11,6 +11,14 @@
 
 namespace {
 constexpr quint32 kCommandKindRegister = 1;
+
+// An IPv4 sender as the user knows it, not in the IPv4-mapped form of a dual-stack socket.
+QString plainAddress(const QHostAddress &address)
+{
+    bool isIPv4 = false;
+    const quint32 ipv4 = address.toIPv4Address(&isIPv4);
+    return isIPv4 ? QHostAddress(ipv4).toString() : address.toString();
+}
 } // namespace
 
 WrenAgent::WrenAgent(QObject *parent) : QObject(parent), m_gate(new AccessGate(this)) {}
@@ -144,7 +152,7 @@ QString WrenAgent::mismatch(const QNetworkDatagram &datagram, const WrenPacket &
                                           QHostAddress::ConvertV4MappedToIPv4) ||
         datagram.senderPort() != int(m_targetPort))
         return tr("WREN Recv, datagram from %1 port %2 is not from the target")
-            .arg(datagram.senderAddress().toString())
+            .arg(plainAddress(datagram.senderAddress()))
             .arg(datagram.senderPort());
     if (datagram.data().size() < WrenHeader::headerSize())
         return tr("WREN Recv, datagram too short for a header");
