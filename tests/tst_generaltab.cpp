@@ -1,6 +1,7 @@
-// The General tab as a user works with it, against the emulator on loopback: reading the running
-// and the EEPROM copy, writing the running copy with and without a UDP port change (answering the
-// warning box), writing the EEPROM copy, and refusing bad fields.
+// The General tab as a user works with it, against the emulator on loopback: reading either copy
+// and every way a read fails, each step of a write failing, writing the running copy with and
+// without a UDP port change (answering the warning box), the EEPROM sequence, bad fields.
+#include "simclient.h"
 #include "tabfixture.h"
 
 #include <QApplication>
@@ -71,17 +72,16 @@ private slots:
     void init();
     void cleanup();
 
-    void readRunningCopyShowsTheReport();
-    void readEepromCopyLeavesTheTargetAlone();
+    void readTable_data();
+    void readTable();
+    void writeStepFails_data();
+    void writeStepFails();
     void writeRunningCopyWithOnlyANewIPAddress();
     void writeNewUdpPortAsksFirst_data();
     void writeNewUdpPortAsksFirst();
     void writeEepromCopySequence();
-    void badWriteFieldsWriteNothing_data();
-    void badWriteFieldsWriteNothing();
-    void badTargetSendsNothing();
-    void targetSettingChangeFillsTheTargetFields();
-    void withoutAgentNothingHappens();
+    void badFieldsSendNothing_data();
+    void badFieldsSendNothing();
 
 private:
     [[nodiscard]] QString shownReport() const
@@ -103,37 +103,106 @@ void TestGeneralTab::cleanup()
     f.reset();
 }
 
-void TestGeneralTab::readRunningCopyShowsTheReport()
+void TestGeneralTab::readTable_data()
 {
-    const quint16 port = f->simThread.udpPort();
-    f->click("GenReadButton");
-
-    QCOMPARE(shownReport(), expectedRunningReport(port));
-    QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
-    QCOMPARE(f->reports.errors, QStringList());
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
-    // The running copy is the device the tool talks to: the whole record becomes the target.
-    const auto announced = f->changed.first().first().value<MavixSetting>();
-    QCOMPARE(announced.textReport().remove(QLatin1Char('\r')), expectedRunningReport(port));
-    QCOMPARE(MavixSetting::current().textReport(), announced.textReport());
+    QTest::addColumn<bool>("eeprom");
+    QTest::addColumn<QString>("faults"); // "port 0": the request cannot be sent
+    QTest::addColumn<QString>("error");  // empty: the read succeeds
+    QTest::addRow("running copy") << false << "" << "";
+    QTest::addRow("EEPROM copy") << true << "" << "";
+    QTest::addRow("silent device") << false << "drop"
+                                   << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("short reply") << false << "short" << "WREN Recv, lack of data packet";
+    QTest::addRow("bus error") << true << "bus-error" << "WREN Recv, Bus Error occured";
+    QTest::addRow("wrong VerType") << false << "wrong-vertype"
+                                   << "WREN Recv, VerType does is invalid";
+    QTest::addRow("no acknowledge") << false << "no-ack"
+                                    << "WREN Recv, it's not Acknowledge packet";
+    QTest::addRow("request not sent") << false << "port 0"
+                                      << "Response to reading Mavix Setting is timeout (The "
+                                         "request could not be sent: ";
 }
 
-void TestGeneralTab::readEepromCopyLeavesTheTargetAlone()
+void TestGeneralTab::readTable()
 {
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
+    QFETCH(bool, eeprom);
+    QFETCH(QString, faults);
+    QFETCH(QString, error);
+    const quint16 port = f->simThread.udpPort();
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+    if (faults == u"port 0")
+        f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("0"));
+    else
+        f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
+
     f->click("GenReadButton");
 
-    QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.7 \n")));
-    QVERIFY(shownReport().contains(QStringLiteral("UDP Port : 7777 \n")));
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 0"));
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
-    // The current target holds what the target fields said, nothing of the EEPROM copy.
-    MavixSetting target;
-    target.ipAddress = QStringLiteral("127.0.0.1");
-    target.udpPort = f->simThread.udpPort();
-    QCOMPARE(MavixSetting::current().textReport(), target.textReport());
+    // The current target is what the target fields said, never a record nobody read.
+    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
+    if (!error.isEmpty()) {
+        QCOMPARE(f->reports.errors.size(), 1);
+        QVERIFY2(f->reports.errors[0].startsWith(error), qPrintable(f->reports.errors[0]));
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
+        QCOMPARE(shownReport(), QString());
+        return;
+    }
+    QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
+    QCOMPARE(describe(f->accesses()), QStringList{readOf(eeprom ? MavixSetting::kEepromBase
+                                                                : MavixSetting::kRunningBase)});
+    if (eeprom) { // shown, but the device the tool talks to stays the one of the target fields
+        QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.7 \n")));
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 0"));
+        QCOMPARE(MavixSetting::current().udpPort, port);
+        return;
+    }
+    QCOMPARE(shownReport(), expectedRunningReport(port));
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
+    QCOMPARE(MavixSetting::current().textReport().remove(QLatin1Char('\r')),
+             expectedRunningReport(port)); // the whole record becomes the target
+    QCOMPARE(GeneralTab().accessTimeoutMs(), 10000); // unless a test shortens it
+}
+
+void TestGeneralTab::writeStepFails_data()
+{
+    QTest::addColumn<bool>("eeprom");
+    QTest::addColumn<QString>("faults"); // "drop:N": no reply to the N-th access
+    QTest::addColumn<int>("accesses");   // nothing is tried after the failed step
+    QTest::addColumn<QString>("error");
+    QTest::addRow("reading the image times out") << false << "drop:1" << 1
+                                                 << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("obtaining EEPROM permission times out")
+        << true << "drop:2" << 2 << "Response to obtaining permisssion to write in EEPROM is timeout";
+    QTest::addRow("writing the image times out") << false << "drop:3" << 3
+                                                 << "Response to writing Mavix Setting is timeout";
+    QTest::addRow("releasing EEPROM permission times out")
+        << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
+    QTest::addRow("bus error on the permission byte")
+        << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
+}
+
+void TestGeneralTab::writeStepFails()
+{
+    QFETCH(bool, eeprom);
+    QFETCH(QString, faults);
+    QFETCH(int, accesses);
+    QFETCH(QString, error);
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+    f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
+                      QString::number(f->simThread.udpPort()));
+    if (faults.startsWith(u"drop:"))
+        f->dropReplyTo(faults.mid(5).toInt());
+    else
+        f->sim()->setFaults(faultsFrom({faults}));
+
+    f->click("GenWriteButton");
+
+    QCOMPARE(f->reports.errors, QStringList{error});
+    QCOMPARE(f->accesses().size(), accesses);
+    // The image is in place once the release is due.
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed %1").arg(accesses / 5));
+    // A device that took its new address before answering is looked for there.
+    if (accesses == 3)
+        QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
 }
 
 void TestGeneralTab::writeRunningCopyWithOnlyANewIPAddress()
@@ -236,82 +305,28 @@ void TestGeneralTab::writeEepromCopySequence()
     QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
 }
 
-void TestGeneralTab::badWriteFieldsWriteNothing_data()
+void TestGeneralTab::badFieldsSendNothing_data()
 {
-    QTest::addColumn<QString>("ip");
-    QTest::addColumn<QString>("tcpPort");
-    QTest::addColumn<QString>("udpPort");
-    QTest::addColumn<QStringList>("errors");
-    const auto row = [](const char *name, const char *ip, const char *tcp, const char *udp,
-                        const QStringList &errors) {
-        QTest::addRow("%s", name) << QString::fromLatin1(ip) << QString::fromLatin1(tcp)
-                                  << QString::fromLatin1(udp) << errors;
-    };
-    row("any address", "0.0.0.0", "24", "4660", {"0.0.0.0 is invalid"});
-    row("octet above 255 and TCP port too high", "256.1.1.1", "65536", "4660",
-        {"IP address is invalid", "TCP Port number must be 0 to 65535"});
-    row("broadcast, no UDP port", "255.255.255.255", "24", "",
-        {"255.255.255.255 is invalid", "UDP Port number must be 0 to 65535"});
+    QTest::addColumn<QString>("group"); // the fields given the bad values
+    QTest::addColumn<QStringList>("accesses");
+    QTest::addRow("write fields: the image is read, nothing written")
+        << "GenWrite" << QStringList{readOf(MavixSetting::kRunningBase)};
+    QTest::addRow("target fields: nothing at all") << "GenTarget" << QStringList();
 }
 
-void TestGeneralTab::badWriteFieldsWriteNothing()
+void TestGeneralTab::badFieldsSendNothing()
 {
-    QFETCH(QString, ip);
-    QFETCH(QString, tcpPort);
-    QFETCH(QString, udpPort);
-    f->setWriteFields(ip, tcpPort, udpPort);
+    QFETCH(QString, group);
+    f->child<QLineEdit>(qPrintable(group + "IPAddressTextarea"))->setText("256.1.1.1");
+    f->child<QLineEdit>(qPrintable(group + "UDPPortTextarea"))->setText("65536");
 
     f->click("GenWriteButton");
 
-    QTEST(f->reports.errors, "errors");
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
+    QCOMPARE(f->reports.errors,
+             (QStringList{"IP address is invalid", "UDP Port number must be 0 to 65535"}));
+    QTEST(describe(f->accesses()), "accesses");
     QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
     QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
-}
-
-void TestGeneralTab::badTargetSendsNothing()
-{
-    f->child<QLineEdit>("GenTargetIPAddressTextarea")->setText(QStringLiteral("0.0.0.0"));
-    f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("70000"));
-    f->click("GenReadButton");
-    f->click("GenWriteButton");
-
-    const QStringList once{"0.0.0.0 is invalid", "UDP Port number must be 0 to 65535"};
-    QCOMPARE(f->reports.errors, once + once);
-    QVERIFY(f->accesses().isEmpty());
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
-    QVERIFY(!f->tab.applyTargetFields(false));
-    QCOMPARE(f->reports.errors.size(), 4); // checked silently when asked to be
-}
-
-void TestGeneralTab::targetSettingChangeFillsTheTargetFields()
-{
-    MavixSetting setting;
-    setting.ipAddress = QStringLiteral("127.0.0.9");
-    setting.tcpDataPort = 2424;
-    setting.udpPort = 4661;
-    f->tab.applyTargetSettingChange(setting);
-
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.9"));
-    QCOMPARE(f->text("GenTargetTCPPortTextarea"), QStringLiteral("2424"));
-    QCOMPARE(f->text("GenTargetUDPPortTextarea"), QStringLiteral("4661"));
-    QCOMPARE(MavixSetting::current().textReport(), setting.textReport());
-    QCOMPARE(f->changed.count(), 0);
-    QVERIFY(f->accesses().isEmpty());
-}
-
-// Until the agent is handed over the tab is not ready: its slots do nothing at all.
-void TestGeneralTab::withoutAgentNothingHappens()
-{
-    GeneralTab lonely;
-    QSignalSpy failed(&lonely, &GeneralTab::transmissionFailed);
-    lonely.setTargetFields(QStringLiteral("127.0.0.1"), QString(), QString()); // never the default
-    QVERIFY(!lonely.isReady());
-    lonely.readDeviceInformation();
-    lonely.writeDeviceInformation();
-    QVERIFY(!lonely.applyTargetFields(true));
-    QCOMPARE(failed.count(), 0);
-    QVERIFY(f->reports.errors.isEmpty());
 }
 
 QTEST_MAIN(TestGeneralTab)
