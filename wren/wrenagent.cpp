@@ -99,7 +99,7 @@ void WrenAgent::send(const WrenPacket &request, const QString &failureLog)
         m_socket->writeDatagram(request.toByteArray(), m_targetAddress, m_targetPort) != -1)
         return;
     LOG_ERROR(failureLog);
-    const QString why = m_socket ? m_socket->errorString() : tr("no target is set");
+    const QString why = m_socket ? m_socket->errorString() : tr("no target UDP port is set");
     throw WrenError{WrenError::Timeout, tr("The request could not be sent: %1").arg(why)};
 }
 

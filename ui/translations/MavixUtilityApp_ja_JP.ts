@@ -652,8 +652,8 @@ Dialog</source>
         <translation>別のレジスタアクセスが応答待ちのため、このアクセスは送信されませんでした</translation>
     </message>
     <message>
-        <source>no target is set</source>
-        <translation>接続先が設定されていません</translation>
+        <source>no target UDP port is set</source>
+        <translation>接続先の UDP ポートが設定されていません</translation>
     </message>
     <message>
         <source>The request could not be sent: %1</source>
