@@ -141,8 +141,6 @@ void TestUDPTab::dump_data()
         << "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F \n20 21 \n";
     QTest::addRow("nothing read empties the area") << true << "0"
                                                    << "";
-    QTest::addRow("one byte") << false << "1"
-                              << "10 \n";
 }
 
 void TestUDPTab::dump()

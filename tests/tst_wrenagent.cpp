@@ -172,6 +172,7 @@ void TestWrenAgent::replyTable_data()
         "The request could not be sent: Unable to send a message", "");
     row("write not sent", "port0", !read, 0, {"WREN send, fail to send write command packet"},
         "The request could not be sent: Unable to send a message", "");
+    row("device port with nothing listening", "closed", read, 0, {kReadTimeout}, "", "");
     row("read reply short", "short", read, 2, {lack}, lack, "read");
     row("write reply short", "short", !read, 2, {lack}, lack, "write");
     row("reply of length 0 to a read of 4", "len0", read, 1, {length}, length, "read");
@@ -208,6 +209,11 @@ void TestWrenAgent::replyTable()
     agent.setTarget(QHostAddress(QHostAddress::LocalHost), peer.m_socket.localPort());
     if (script == u"port0") // the kernel refuses to send to port 0
         agent.setTarget(QHostAddress(QHostAddress::LocalHost), 0);
+    if (script == u"closed") { // a port with nothing listening
+        const quint16 closed = peer.m_other.localPort();
+        peer.m_other.close();
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), closed);
+    }
     QSignalSpy readErrors(&agent, &WrenAgent::readErrorOccured);
     QSignalSpy writeErrors(&agent, &WrenAgent::writeErrorOccured);
     QString thrown;

@@ -53,15 +53,6 @@ private slots:
             QTEST(packet.toByteArray(), "bytes");
         }
     }
-    void headerFields()
-    {
-        const WrenHeader header(hex("3AC9FF0112345678EEEE"));
-        QCOMPARE(header.version() * 16 + header.type(), 0x3A);
-        QVERIFY(header.isCommand() && header.isRead() && header.isAck() && header.isBusError());
-        QCOMPARE(QList<uint>({header.packetId(), header.length(), header.address()}),
-                 QList<uint>({255, 1, 0x12345678}));
-        QVERIFY(!WrenHeader(hex("FF08000000000000")).isCommand());
-    }
     void parseReply_data()
     {
         QTest::addColumn<QByteArray>("bytes");
