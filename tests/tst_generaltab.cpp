@@ -76,14 +76,10 @@ void TestGeneralTab::readTable_data()
                                  << "";
     QTest::addRow("silent device") << false << "drop"
                                    << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("short reply") << false << "short"
-                                 << "WREN Recv, lack of data packet";
     QTest::addRow("bus error") << true << "bus-error"
                                << "WREN Recv, Bus Error occured";
     QTest::addRow("wrong VerType") << false << "wrong-vertype"
                                    << "WREN Recv, VerType does is invalid";
-    QTest::addRow("no acknowledge") << false << "no-ack"
-                                    << "WREN Recv, it's not Acknowledge packet";
     QTest::addRow("request not sent") << false << "port 0"
                                       << "Response to reading Mavix Setting is timeout (The "
                                          "request could not be sent: no target UDP port is set)";

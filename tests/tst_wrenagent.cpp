@@ -174,11 +174,9 @@ void TestWrenAgent::replyTable_data()
         "The request could not be sent: Unable to send a message", "");
     row("device port with nothing listening", "closed", read, 0, {kReadTimeout}, "", "");
     row("read reply short", "short", read, 2, {lack}, lack, "read");
-    row("write reply short", "short", !read, 2, {lack}, lack, "write");
     row("reply of length 0 to a read of 4", "len0", read, 1, {length}, length, "read");
     row("acknowledge clear", "noack", !read, 1, {noAck}, noAck, "write");
     row("bus error on a read", "bus", read, 3, {bus}, bus, "read");
-    row("bus error on a write", "bus", !read, 3, {bus}, bus, "write");
     for (const char *value : {"00", "EF", "FE", "7F", "F0", "0F"})
         row(value, QStringLiteral("ver:%1").arg(value), read, 1, {verType}, verType, "read");
     row("duplicated reply: the copy is dropped by the next access", "good good", read, -1,
