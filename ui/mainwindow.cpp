@@ -19,14 +19,14 @@
 #include <QAbstractSocket>
 #include <QAction>
 #include <QCloseEvent>
-#include <QKeyEvent>
-#include <QPushButton>
-#include <QTabBar>
 #include <QDateTime>
+#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTabBar>
 #include <QTranslator>
 
 namespace {
@@ -36,7 +36,7 @@ MainWindow *g_currentWindow = nullptr;
 constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
 
 // The buttons that start a register access; disabled while one waits.
-constexpr const char *kDeviceButtons[] = {"GenReadButton",    "GenWriteButton", "ExpertReadButton",
+constexpr const char *kDeviceButtons[] = {"GenReadButton",     "GenWriteButton", "ExpertReadButton",
                                           "ExpertWriteButton", "UDPReadButton",  "UDPWriteButton"};
 
 bool isUserInput(QEvent::Type type)

@@ -137,10 +137,9 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs,
         LOG_ERROR(timeoutLog);
     const qsizetype count = discarded.size();
     discarded.removeDuplicates();
-    const QString reason =
-        count == 0 ? QString()
-                   : tr("%n datagram(s) discarded: %1", nullptr, int(count))
-                         .arg(discarded.join(QStringLiteral("; ")));
+    const QString reason = count == 0 ? QString()
+                                      : tr("%n datagram(s) discarded: %1", nullptr, int(count))
+                                            .arg(discarded.join(QStringLiteral("; ")));
     throw WrenError{WrenError::Timeout, reason};
 }
 
@@ -148,8 +147,7 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs,
 // packet ID, R/W bit and address; anything else is late, duplicated or foreign.
 QString WrenAgent::mismatch(const QNetworkDatagram &datagram, const WrenPacket &request) const
 {
-    if (!datagram.senderAddress().isEqual(m_targetAddress,
-                                          QHostAddress::ConvertV4MappedToIPv4) ||
+    if (!datagram.senderAddress().isEqual(m_targetAddress, QHostAddress::ConvertV4MappedToIPv4) ||
         datagram.senderPort() != int(m_targetPort))
         return tr("WREN Recv, datagram from %1 port %2 is not from the target")
             .arg(plainAddress(datagram.senderAddress()))
