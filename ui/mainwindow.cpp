@@ -1,5 +1,6 @@
 #include "ui/mainwindow.h"
 
+#include "app/accessgate.h"
 #include "app/productinfo.h"
 #include "app/report.h"
 #include "app/startupoptions.h"
@@ -18,12 +19,16 @@
 #include <QAbstractSocket>
 #include <QAction>
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QDateTime>
+#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTabBar>
 #include <QTranslator>
 
 namespace {
@@ -31,6 +36,29 @@ namespace {
 MainWindow *g_currentWindow = nullptr;
 
 constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
+
+// The buttons that start a register access; disabled while one waits.
+constexpr const char *kDeviceButtons[] = {"GenReadButton",     "GenWriteButton", "ExpertReadButton",
+                                          "ExpertWriteButton", "UDPReadButton",  "UDPWriteButton"};
+
+bool isUserInput(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+        return true;
+    default:
+        return false;
+    }
+}
 
 // Qt reads "Ctrl+Shift+A+N+I" as one unknown key. What the user does is hold Ctrl+Shift and type
 // A, N, I, so the text becomes the three-chord sequence Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I.
@@ -145,6 +173,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     qRegisterMetaType<MavixSetting>("MavixSetting");
 
     m_agent = new WrenAgent(this);
+    connect(m_agent->gate(), &AccessGate::busyChanged, this, &MainWindow::showBusy);
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
@@ -306,6 +335,42 @@ void MainWindow::setEEPROMAccessCheck(bool checked)
     generalTab()->setEEPROMAccessChecked(checked);
     if (m_expertTab)
         m_expertTab->setEEPROMAccessChecked(checked);
+}
+
+// The window keeps painting during a wait; what the user clicks meanwhile is dropped rather than
+// replayed once the access is over.
+void MainWindow::showBusy(bool busy)
+{
+    if (busy) {
+        setCursor(Qt::WaitCursor);
+        qApp->installEventFilter(this);
+    } else {
+        unsetCursor();
+        qApp->removeEventFilter(this);
+    }
+    m_ui->modeTab->tabBar()->setEnabled(!busy);
+    for (const char *name : kDeviceButtons) {
+        if (auto *button = findChild<QPushButton *>(QLatin1String(name)))
+            button->setEnabled(!busy);
+    }
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    const auto *widget = qobject_cast<QWidget *>(watched);
+    if (!isUserInput(event->type()) || !widget || widget->window() != this)
+        return QMainWindow::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
+        m_agent->gate()->abort();
+    return true;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_agent)
+        m_agent->gate()->abort();
+    QMainWindow::closeEvent(event);
 }
 
 void MainWindow::regetNetworkInfo(int index)

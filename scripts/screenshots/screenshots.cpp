@@ -3,6 +3,7 @@
 // locale, so run it once with LANG=en_US.UTF-8 and once with LANG=ja_JP.UTF-8.
 //   mavix-screenshots OUTPUT_FOLDER [-expert]
 // With -expert it takes only the Detail tab, which exists in expert mode alone.
+#include "app/accessgate.h"
 #include "app/appcontext.h"
 #include "app/log.h"
 #include "settings/experttab.h"
@@ -22,12 +23,14 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -199,6 +202,37 @@ int main(int argc, char *argv[])
 
     tabs->setCurrentIndex(0);
     save(window, QStringLiteral("messages"));
+
+    // A slow device: the window keeps painting while the read waits, and says it is busy.
+    tabs->setCurrentIndex(0);
+    SimFaults slow;
+    slow.delayMs = 3000;
+    device.sim()->setFaults(slow);
+    int ticks = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, &ticker, [&ticks] { ++ticks; });
+    ticker.start(20);
+    QTimer::singleShot(1500, window, [window] { save(window, QStringLiteral("busy"), 0); });
+    QElapsedTimer waited;
+    waited.start();
+    click(window, "GenReadButton");
+    std::printf("read from a device 3 s slow: %lld ms, 20 ms timer fired %d times meanwhile\n",
+                waited.elapsed(), ticks);
+
+    // A silent device: Esc gives the wait up, and the message area says so in red.
+    SimFaults silent;
+    silent.dropEveryNth = 1;
+    device.sim()->setFaults(silent);
+    QTimer::singleShot(800, window, [window] {
+        QCoreApplication::postEvent(
+            window->focusWidget() ? window->focusWidget() : window,
+            new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    });
+    waited.restart();
+    click(window, "GenReadButton");
+    std::printf("Esc gave up the wait after %lld ms\n", waited.elapsed());
+    device.sim()->setFaults(SimFaults());
+    save(window, QStringLiteral("failure"), 600);
 
     AboutDialog about(nullptr);
     about.show();

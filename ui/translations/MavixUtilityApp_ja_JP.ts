@@ -269,6 +269,10 @@
         <source>Writing Mavix setting is successed</source>
         <translation>Mavix の設定を書き込みました</translation>
     </message>
+    <message>
+        <source>Mavix Setting buffer is too small</source>
+        <translation>Mavix の設定データが短すぎます</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>
@@ -809,6 +813,52 @@ Dialog</source>
     <message>
         <source>WREN Recv, Bus Error occured</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Another register access is waiting; this one was not sent</source>
+        <translation>別のレジスタアクセスが応答待ちのため、このアクセスは送信されませんでした</translation>
+    </message>
+    <message>
+        <source>no target UDP port is set</source>
+        <translation>接続先の UDP ポートが設定されていません</translation>
+    </message>
+    <message>
+        <source>The request could not be sent: %1</source>
+        <translation>要求を送信できませんでした: %1</translation>
+    </message>
+    <message>
+        <source>The wait for the reply was given up</source>
+        <translation>応答待ちを中止しました</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n datagram(s) discarded: %1</source>
+        <translation>
+            <numerusform>%n 個のデータグラムを破棄しました: %1</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram from %1 port %2 is not from the target</source>
+        <translation>WREN 受信: %1 ポート %2 からのデータグラムは接続先からのものではありません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram too short for a header</source>
+        <translation>WREN 受信: データグラムがヘッダーより短いです</translation>
+    </message>
+    <message>
+        <source>WREN Recv, address does not match</source>
+        <translation>WREN 受信: アドレスが一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, length does not match the request</source>
+        <translation>WREN 受信: データ長が要求と一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, bad reply</source>
+        <translation>WREN 受信: 不正な応答です</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1（%2）</translation>
     </message>
 </context>
 <context>
