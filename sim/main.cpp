@@ -4,6 +4,7 @@
 #include "sim/mavixsim.h"
 #include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
+#include "sim/simgpib.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -258,6 +259,37 @@ void startStats(MavixSim *sim)
     timer->start(kStatsIntervalMs);
 }
 
+// --gpib: the ZEL-GPIB module with its instruments serves the data port instead of the plain modes.
+struct GpibOptions
+{
+    QCommandLineOption gpib{QStringLiteral("gpib"),
+                            tr("TCP data port: the ZEL-GPIB module, with a meter that answers "
+                               "*IDN? at GPIB address 1 and an echo box at address 2.")};
+    QCommandLineOption fault{QStringLiteral("gpib-fault"),
+                             tr("GPIB fault: answer the Nth unit of each connection with an error "
+                                "packet or not at all (error-packet:N or no-reply:N)."),
+                             tr("kind:n")};
+};
+
+std::optional<QString> startGpib(const QCommandLineParser &parser, const GpibOptions &o,
+                                 const SimOptions &options, MavixSim *sim, SimGpib *gpib)
+{
+    SimGpib::Fault fault = SimGpib::Fault::None;
+    int request = 0;
+    if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request))
+        return tr("--gpib-fault must be error-packet:N or no-reply:N, not %1")
+            .arg(parser.value(o.fault));
+    gpib->setFault(fault, request);
+    if (!gpib->listen(options.address, options.tcpPort))
+        return gpib->errorString();
+    sim->setTcpPort(gpib->port());
+    sim->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
+    printLine(stdout, tr("mavix-sim: gpib: meter at address %1, echo box at address %2")
+                          .arg(SimGpib::kMeterAddress)
+                          .arg(SimGpib::kEchoAddress));
+    return std::nullopt;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -272,6 +304,8 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const OptionSet options;
     options.addTo(parser);
+    const GpibOptions gpibOptions;
+    parser.addOptions({gpibOptions.gpib, gpibOptions.fault});
     parser.process(app);
 
     Settings settings;
@@ -286,6 +320,13 @@ int main(int argc, char *argv[])
         printLine(stderr, tr("mavix-sim: %1").arg(sim.errorString()));
         return sim.startError() == SimStartError::AddressInUse ? kExitPortInUse : kExitUsage;
     }
+    SimGpib gpib;
+    if (parser.isSet(gpibOptions.gpib)) {
+        if (const auto error = startGpib(parser, gpibOptions, settings.options, &sim, &gpib)) {
+            printLine(stderr, tr("mavix-sim: %1").arg(*error));
+            return kExitUsage;
+        }
+    }
     SimDataPort dataPort;
     dataPort.setMode(settings.tcpMode);
     dataPort.setSourceBytes(settings.sourceBytes);
@@ -295,11 +336,13 @@ int main(int argc, char *argv[])
     dataPort.setStuck(settings.stuck);
     dataPort.setKeepOpen(settings.keepOpen);
     dataPort.setHashing(settings.hashing);
-    if (!dataPort.listen(settings.options.address, settings.options.tcpPort)) {
+    if (!parser.isSet(gpibOptions.gpib) &&
+        !dataPort.listen(settings.options.address, settings.options.tcpPort)) {
         printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
         return kExitPortInUse;
     }
-    sim.setTcpPort(dataPort.port());
+    if (!parser.isSet(gpibOptions.gpib))
+        sim.setTcpPort(dataPort.port());
     QObject::connect(&dataPort, &SimDataPort::connectionFinished, &sim,
                      [](qint64 bytes, const QByteArray &sha256, double seconds) {
                          printLine(stdout, tr("mavix-sim: tcp: %1 bytes in %2 s, sha256 %3")

@@ -19,7 +19,9 @@
 #include <QAction>
 #include <QDateTime>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QLocale>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTranslator>
@@ -146,6 +148,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
+    zelgpibTab()->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -153,6 +156,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -214,6 +218,28 @@ void MainWindow::connectTabs()
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
 
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+    connectZelGpibTab();
+}
+
+void MainWindow::connectZelGpibTab()
+{
+    ZELGPIBTab *tab = zelgpibTab();
+    const auto button = [tab](const char *name) {
+        return tab->findChild<QPushButton *>(QLatin1String(name));
+    };
+    connect(button("ZELGPIBSettingRead"), &QPushButton::clicked, tab, &ZELGPIBTab::readSetting);
+    connect(button("ZELGPIBSettingWrite"), &QPushButton::clicked, tab, &ZELGPIBTab::writeSetting);
+    connect(button("ZELGPIBConnectButton"), &QPushButton::clicked, tab,
+            &ZELGPIBTab::toggleConnection);
+    connect(button("ZELGPIBReceiveButton"), &QPushButton::clicked, tab, &ZELGPIBTab::receive);
+    connect(button("ZELGPIBSendButton"), &QPushButton::clicked, tab, &ZELGPIBTab::sendCommand);
+    connect(button("ZELGPIBIFCButton"), &QPushButton::clicked, tab, &ZELGPIBTab::IFC);
+    connect(tab->findChild<QLineEdit *>(QStringLiteral("ZELGPIBMaxReceiveLength")),
+            &QLineEdit::editingFinished, tab, &ZELGPIBTab::maxReceiveLengthCheck);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, tab,
+            &ZELGPIBTab::applyTargetSettingChange);
+    connect(tab, &ZELGPIBTab::transmissionSuccessed, m_ui->graphicsView, &LogoView::StartAnimation);
+    connect(tab, &ZELGPIBTab::transmissionFailed, m_ui->graphicsView, &LogoView::CloseEye);
 }
 
 void MainWindow::regetNetworkInfo(int index)
@@ -221,6 +247,7 @@ void MainWindow::regetNetworkInfo(int index)
     Q_UNUSED(index)
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()

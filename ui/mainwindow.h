@@ -59,6 +59,7 @@ private:
     void removeTabsOfOtherModes();
     void applyPresetTarget(const QString &presetTarget);
     void connectTabs();
+    void connectZelGpibTab();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;
