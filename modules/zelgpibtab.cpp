@@ -171,7 +171,6 @@ void ZELGPIBTab::connectToModule()
         emit transmissionFailed();
         return;
     }
-    m_bus->resetBusState();
     m_ui->ZELGPIBConnectButton->setText(tr("Disconnect"));
     setTransactionControlsEnabled(true);
     reportResult(tr("ZEL-GPIB connect successed"));
