@@ -271,23 +271,28 @@ struct GpibOptions
                              tr("kind:n")};
 };
 
-std::optional<QString> startGpib(const QCommandLineParser &parser, const GpibOptions &o,
-                                 const SimOptions &options, MavixSim *sim, SimGpib *gpib)
+// Returns the exit code to end with, or 0 once the module serves the data port.
+int startGpib(const QCommandLineParser &parser, const GpibOptions &o, const SimOptions &options,
+              MavixSim *sim, SimGpib *gpib)
 {
     SimGpib::Fault fault = SimGpib::Fault::None;
     int request = 0;
-    if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request))
-        return tr("--gpib-fault must be error-packet:N or no-reply:N, not %1")
-            .arg(parser.value(o.fault));
+    if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request)) {
+        printLine(stderr, tr("mavix-sim: --gpib-fault must be error-packet:N or no-reply:N, not %1")
+                              .arg(parser.value(o.fault)));
+        return kExitUsage;
+    }
     gpib->setFault(fault, request);
-    if (!gpib->listen(options.address, options.tcpPort))
-        return gpib->errorString();
+    if (!gpib->listen(options.address, options.tcpPort)) {
+        printLine(stderr, tr("mavix-sim: %1").arg(gpib->errorString()));
+        return kExitPortInUse;
+    }
     sim->setTcpPort(gpib->port());
     sim->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
     printLine(stdout, tr("mavix-sim: gpib: meter at address %1, echo box at address %2")
                           .arg(SimGpib::kMeterAddress)
                           .arg(SimGpib::kEchoAddress));
-    return std::nullopt;
+    return kExitOk;
 }
 
 } // namespace
@@ -322,10 +327,8 @@ int main(int argc, char *argv[])
     }
     SimGpib gpib;
     if (parser.isSet(gpibOptions.gpib)) {
-        if (const auto error = startGpib(parser, gpibOptions, settings.options, &sim, &gpib)) {
-            printLine(stderr, tr("mavix-sim: %1").arg(*error));
-            return kExitUsage;
-        }
+        if (const int exitCode = startGpib(parser, gpibOptions, settings.options, &sim, &gpib))
+            return exitCode;
     }
     SimDataPort dataPort;
     dataPort.setMode(settings.tcpMode);
