@@ -4,6 +4,7 @@
 #include "sim/mavixsim.h"
 #include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
+#include "sim/simgpib.h"
 #include "sim/simserialbridge.h"
 
 #include <QCommandLineParser>
@@ -259,6 +260,42 @@ void startStats(MavixSim *sim)
     timer->start(kStatsIntervalMs);
 }
 
+// --gpib: the ZEL-GPIB module with its instruments serves the data port instead of the plain modes.
+struct GpibOptions
+{
+    QCommandLineOption gpib{QStringLiteral("gpib"),
+                            tr("TCP data port: the ZEL-GPIB module, with a meter that answers "
+                               "*IDN? at GPIB address 1 and an echo box at address 2.")};
+    QCommandLineOption fault{QStringLiteral("gpib-fault"),
+                             tr("GPIB fault: answer the Nth unit of each connection with an error "
+                                "packet or not at all (error-packet:N or no-reply:N)."),
+                             tr("kind:n")};
+};
+
+// Returns the exit code to end with, or 0 once the module serves the data port.
+int startGpib(const QCommandLineParser &parser, const GpibOptions &o, const SimOptions &options,
+              MavixSim *sim, SimGpib *gpib)
+{
+    SimGpib::Fault fault = SimGpib::Fault::None;
+    int request = 0;
+    if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request)) {
+        printLine(stderr, tr("mavix-sim: --gpib-fault must be error-packet:N or no-reply:N, not %1")
+                              .arg(parser.value(o.fault)));
+        return kExitUsage;
+    }
+    gpib->setFault(fault, request);
+    if (!gpib->listen(options.address, options.tcpPort)) {
+        printLine(stderr, tr("mavix-sim: %1").arg(gpib->errorString()));
+        return kExitPortInUse;
+    }
+    sim->setTcpPort(gpib->port());
+    sim->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
+    printLine(stdout, tr("mavix-sim: gpib: meter at address %1, echo box at address %2")
+                          .arg(SimGpib::kMeterAddress)
+                          .arg(SimGpib::kEchoAddress));
+    return kExitOk;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -278,7 +315,16 @@ int main(int argc, char *argv[])
         tr("Serial bridge module: its DTE connector takes the TCP data port, its DCE connector "
            "the next one (any free one with --tcp-port 0); the two are wired to each other."));
     parser.addOption(rs232cOption);
+    const GpibOptions gpibOptions;
+    parser.addOptions({gpibOptions.gpib, gpibOptions.fault});
     parser.process(app);
+    // Both modules sit on the TCP data port; one device carries one of them.
+    const bool rs232c = parser.isSet(rs232cOption);
+    const bool gpibModule = parser.isSet(gpibOptions.gpib);
+    if (rs232c && gpibModule) {
+        printLine(stderr, tr("mavix-sim: --rs232c and --gpib both take the TCP data port"));
+        return kExitUsage;
+    }
 
     Settings settings;
     if (const auto error = readSettings(parser, options, &settings)) {
@@ -292,6 +338,11 @@ int main(int argc, char *argv[])
         printLine(stderr, tr("mavix-sim: %1").arg(sim.errorString()));
         return sim.startError() == SimStartError::AddressInUse ? kExitPortInUse : kExitUsage;
     }
+    SimGpib gpib;
+    if (gpibModule) {
+        if (const int exitCode = startGpib(parser, gpibOptions, settings.options, &sim, &gpib))
+            return exitCode;
+    }
     SimDataPort dataPort;
     dataPort.setMode(settings.tcpMode);
     dataPort.setSourceBytes(settings.sourceBytes);
@@ -301,14 +352,14 @@ int main(int argc, char *argv[])
     dataPort.setStuck(settings.stuck);
     dataPort.setKeepOpen(settings.keepOpen);
     dataPort.setHashing(settings.hashing);
-    // The serial bridge's DTE connector takes the place of the data port.
-    const bool rs232c = parser.isSet(rs232cOption);
-    if (!rs232c && !dataPort.listen(settings.options.address, settings.options.tcpPort)) {
-        printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
-        return kExitPortInUse;
-    }
-    if (!rs232c)
+    // A module (serial bridge or GPIB) takes the place of the data port.
+    if (!rs232c && !gpibModule) {
+        if (!dataPort.listen(settings.options.address, settings.options.tcpPort)) {
+            printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
+            return kExitPortInUse;
+        }
         sim.setTcpPort(dataPort.port());
+    }
     auto *bridge = rs232c ? new SimSerialBridge(&sim, &sim) : nullptr;
     const quint16 tcpPort = settings.options.tcpPort;
     if (bridge && !bridge->start(tcpPort, tcpPort == 0 ? 0 : quint16(tcpPort + 1))) {

@@ -180,6 +180,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     zelrs232cTab()->setAgent(m_agent);
     if (m_ui->expertTab && m_expert)
         m_ui->expertTab->setAgent(m_agent);
+    zelgpibTab()->setAgent(m_agent);
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
@@ -188,6 +189,7 @@ void MainWindow::initTabs(const QString &presetTarget)
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
     zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -254,6 +256,28 @@ void MainWindow::connectTabs()
 
     m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+    connectZelGpibTab();
+}
+
+void MainWindow::connectZelGpibTab()
+{
+    ZELGPIBTab *tab = zelgpibTab();
+    const auto button = [tab](const char *name) {
+        return tab->findChild<QPushButton *>(QLatin1String(name));
+    };
+    connect(button("ZELGPIBSettingRead"), &QPushButton::clicked, tab, &ZELGPIBTab::readSetting);
+    connect(button("ZELGPIBSettingWrite"), &QPushButton::clicked, tab, &ZELGPIBTab::writeSetting);
+    connect(button("ZELGPIBConnectButton"), &QPushButton::clicked, tab,
+            &ZELGPIBTab::toggleConnection);
+    connect(button("ZELGPIBReceiveButton"), &QPushButton::clicked, tab, &ZELGPIBTab::receive);
+    connect(button("ZELGPIBSendButton"), &QPushButton::clicked, tab, &ZELGPIBTab::sendCommand);
+    connect(button("ZELGPIBIFCButton"), &QPushButton::clicked, tab, &ZELGPIBTab::IFC);
+    connect(tab->findChild<QLineEdit *>(QStringLiteral("ZELGPIBMaxReceiveLength")),
+            &QLineEdit::editingFinished, tab, &ZELGPIBTab::maxReceiveLengthCheck);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, tab,
+            &ZELGPIBTab::applyTargetSettingChange);
+    connect(tab, &ZELGPIBTab::transmissionSuccessed, m_ui->graphicsView, &LogoView::StartAnimation);
+    connect(tab, &ZELGPIBTab::transmissionFailed, m_ui->graphicsView, &LogoView::CloseEye);
 }
 
 // The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting.
@@ -386,6 +410,7 @@ void MainWindow::regetNetworkInfo(int index)
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
     zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()

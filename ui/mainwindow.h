@@ -72,6 +72,7 @@ private:
     void connectTabs();
     void connectSerialBridgeTab();
     void connectExpertTab();
+    void connectZelGpibTab();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;

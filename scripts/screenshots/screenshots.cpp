@@ -6,9 +6,11 @@
 #include "app/accessgate.h"
 #include "app/appcontext.h"
 #include "app/log.h"
+#include "modules/zelgpibtab.h"
 #include "settings/experttab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
+#include "sim/simgpib.h"
 #include "sim/simserialbridge.h"
 #include "sim/simthread.h"
 #include "tcp/tcprecvinfodlg.h"
@@ -233,6 +235,26 @@ int main(int argc, char *argv[])
     std::printf("Esc gave up the wait after %lld ms\n", waited.elapsed());
     device.sim()->setFaults(SimFaults());
     save(window, QStringLiteral("failure"), 600);
+    // The ZEL-GPIB tab against the emulator's GPIB module: the meter's identification as text,
+    // then what the echo box sends back, as hex.
+    SimGpib gpib;
+    MavixSetting gpibTarget = MavixSetting::current();
+    gpibTarget.tcpDataPort = gpib.start(QHostAddress::LocalHost, 0);
+    device.sim()->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
+    tabs->setCurrentIndex(4);
+    window->zelgpibTab()->applyTargetSettingChange(gpibTarget);
+    click(window, "ZELGPIBSettingRead");
+    click(window, "ZELGPIBConnectButton");
+    click(window, "ZELGPIBSendButton");
+    click(window, "ZELGPIBReceiveButton");
+    child<QLineEdit>(window, "ZELGPIBTargetAddress")->setText(QStringLiteral("2"));
+    child<QLineEdit>(window, "ZELGPIBCommand")->setText(QStringLiteral("MEAS:VOLT?"));
+    click(window, "ZELGPIBSendButton");
+    click(window, "ZELGPIBShowAsHexCheckBox");
+    click(window, "ZELGPIBReceiveButton");
+    save(window, QStringLiteral("gpib"));
+    click(window, "ZELGPIBConnectButton");
+    gpib.stop();
 
     AboutDialog about(nullptr);
     about.show();

@@ -1076,4 +1076,167 @@ Dialog</source>
         <translation>ZEL-RS232C で受信しました</translation>
     </message>
 </context>
+<context>
+    <name>ZELGPIBTab</name>
+    <message>
+        <source>Module Setting</source>
+        <translation>モジュールの設定</translation>
+    </message>
+    <message>
+        <source>Controller GPIB Address</source>
+        <translation>コントローラの GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Timeout</source>
+        <translation>タイムアウト</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>msec</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Bus</source>
+        <translation>バス</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Interface Clear: leaves every talker and listener on the bus unaddressed</source>
+        <translation>インターフェースクリア: バス上のすべてのトーカーとリスナーのアドレス指定を解除します</translation>
+    </message>
+    <message>
+        <source>Interface Clear</source>
+        <translation>インターフェースクリア</translation>
+    </message>
+    <message>
+        <source>Target GPIB Address</source>
+        <translation>接続先の GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>デリミタ</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(なし)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>コマンド</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>UDP read is timeout</source>
+        <translation>UDP の読み出しがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-GPIB setting is invalid</source>
+        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を読み出しました</translation>
+    </message>
+    <message>
+        <source>Controller GPIB address must be 0 to 30</source>
+        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Timeout must be 0 to 655350</source>
+        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
+    </message>
+    <message>
+        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>UDP write is timeout</source>
+        <translation>UDP の書き込みがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Response to permisssion release to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB connect successed</source>
+        <translation>ZEL-GPIB に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB disconnect successed</source>
+        <translation>ZEL-GPIB から切断しました</translation>
+    </message>
+    <message>
+        <source>Target GPIB address must be 0 to 30</source>
+        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>GPIB command is empty</source>
+        <translation>GPIB コマンドが空です</translation>
+    </message>
+    <message>
+        <source>GPIB sending successed</source>
+        <translation>GPIB で送信しました</translation>
+    </message>
+    <message>
+        <source>GPIB receiving successed</source>
+        <translation>GPIB で受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB Interface Clear successed</source>
+        <translation>GPIB インターフェースクリアを実行しました</translation>
+    </message>
+    <message>
+        <source>GPIB timeout</source>
+        <translation>GPIB がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>GPIB error packet</source>
+        <translation>GPIB エラーパケットを受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB undefined error</source>
+        <translation>GPIB で未定義のエラーが発生しました</translation>
+    </message>
+</context>
 </TS>
