@@ -20,6 +20,7 @@
 #include <QDateTime>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTranslator>
@@ -149,6 +150,13 @@ void MainWindow::initTabs(const QString &presetTarget)
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
+    if (m_serverTab) {
+        m_serverTab->setAgent(m_agent);
+        m_serverTab->setLogView(
+            m_serverTab->findChild<QPlainTextEdit *>(QStringLiteral("serverLogTextarea")));
+        m_serverTab->setPort(m_uiPort);
+        m_serverTab->start();
+    }
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
@@ -212,6 +220,10 @@ void MainWindow::connectTabs()
     connect(udpTab(), &UDPTab::transmissionFailed, logo, &LogoView::CloseEye);
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
+    if (m_serverTab) {
+        connect(m_serverTab, &ServerTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+        connect(m_serverTab, &ServerTab::transmissionFailed, logo, &LogoView::CloseEye);
+    }
 
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
 }
