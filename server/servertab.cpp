@@ -14,6 +14,10 @@ ServerTab::ServerTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<U
 {
     m_ui->setupUi(this);
     setLogView(m_ui->serverLogTextarea);
+    m_logTimer = new QTimer(this);
+    m_logTimer->setSingleShot(true);
+    m_logTimer->setInterval(kLogBatchMs);
+    connect(m_logTimer, &QTimer::timeout, this, &ServerTab::flushLog);
 }
 
 ServerTab::~ServerTab() = default;
@@ -40,6 +44,7 @@ void ServerTab::setAgent(WrenAgent *agent)
 
 void ServerTab::setLogView(QPlainTextEdit *view)
 {
+    flushLog();
     m_logView = view;
     if (m_logView)
         m_logView->setMaximumBlockCount(kMaxLogLines);
@@ -139,7 +144,18 @@ void ServerTab::execute(const PendingLine &line)
 
 void ServerTab::appendLog(const QString &line)
 {
-    if (m_logView)
-        m_logView->appendPlainText(
-            QString(line).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    if (!m_logView)
+        return;
+    m_pendingLog << QString(line).replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    if (m_pendingLog.size() > kMaxLogLines)
+        m_pendingLog.remove(0, m_pendingLog.size() - kMaxLogLines);
+    if (!m_logTimer->isActive())
+        m_logTimer->start();
+}
+
+void ServerTab::flushLog()
+{
+    if (m_logView && !m_pendingLog.isEmpty())
+        m_logView->appendPlainText(m_pendingLog.join(QLatin1Char('\n')));
+    m_pendingLog.clear();
 }

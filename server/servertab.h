@@ -7,6 +7,8 @@
 
 #include <QList>
 #include <QPointer>
+#include <QStringList>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -26,6 +28,8 @@ class ServerTab : public QWidget
 public:
     // The log view keeps this many lines; older ones scroll away.
     static constexpr int kMaxLogLines = 5000;
+    // Log lines are shown in batches, so that a busy client never waits for the view.
+    static constexpr int kLogBatchMs = 100;
 
     explicit ServerTab(QWidget *parent = nullptr);
     ~ServerTab() override;
@@ -60,6 +64,7 @@ private:
     void runNext();
     void execute(const PendingLine &line);
     void appendLog(const QString &line);
+    void flushLog();
 
     std::unique_ptr<Ui::ServerTab> m_ui;
     WrenAgent *m_agent = nullptr;
@@ -69,4 +74,6 @@ private:
     CommandInterpreter m_interpreter;
     QList<PendingLine> m_queue;
     int m_running = 0; // a command or a greeting is being sent
+    QStringList m_pendingLog;
+    QTimer *m_logTimer = nullptr;
 };

@@ -211,8 +211,8 @@ void TestServerTab::manyClientsOneAfterAnother()
         QCOMPARE(client->got, served + "quit\r\n\r\nBye-Bye!\r\n");
     }
     QTRY_VERIFY_WITH_TIMEOUT(f->tab.findChildren<RCClient *>().isEmpty(), kWaitMs);
-    QVERIFY(logText().contains(QStringLiteral("Disconnect 0\n")));
-    QVERIFY(logText().endsWith(QStringLiteral("Disconnect 50")));
+    QTRY_VERIFY(logText().contains(QStringLiteral("Disconnect 0\n")));
+    QTRY_VERIFY(logText().endsWith(QStringLiteral("Disconnect 50")));
 }
 
 void TestServerTab::commandsWaitForABusyDevice()
@@ -253,7 +253,7 @@ void TestServerTab::portInUseLogsOneError()
     QFile log(logPath);
     QVERIFY(log.open(QIODevice::ReadOnly));
     QCOMPARE(QString::fromUtf8(log.readAll()).count(QStringLiteral("[ ERR]")), 1);
-    QVERIFY(logText().endsWith(QStringLiteral("Server mode, fail to listen")));
+    QTRY_VERIFY(logText().endsWith(QStringLiteral("Server mode, fail to listen")));
 }
 
 QTEST_MAIN(TestServerTab)
