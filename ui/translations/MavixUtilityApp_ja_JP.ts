@@ -21,6 +21,49 @@
     </message>
 </context>
 <context>
+    <name>CommandInterpreter</name>
+    <message>
+        <source>Server mode, undefined command</source>
+        <translation>サーバーモード: 未定義のコマンドです</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid read command</source>
+        <translation>サーバーモード: read コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, read command successed</source>
+        <translation>サーバーモード: read コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid write command</source>
+        <translation>サーバーモード: write コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, write command is timeout</source>
+        <translation>サーバーモード: write コマンドがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device reply bus error</source>
+        <translation>サーバーモード: Mavix デバイスがバスエラーを返しました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device won&apos;t reply</source>
+        <translation>サーバーモード: Mavix デバイスが応答しません</translation>
+    </message>
+    <message>
+        <source>Server mode, write command successed</source>
+        <translation>サーバーモード: write コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid help command</source>
+        <translation>サーバーモード: help コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, help command successed</source>
+        <translation>サーバーモード: help コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
@@ -266,6 +309,47 @@
     <message>
         <source>File cannot open</source>
         <translation>ファイルを開けません</translation>
+    </message>
+</context>
+<context>
+    <name>RCClient</name>
+    <message>
+        <source>Server to Client, fail to send</source>
+        <translation>サーバーからクライアントへの送信に失敗しました</translation>
+    </message>
+    <message>
+        <source>Server mode, quit command successed</source>
+        <translation>サーバーモード: quit コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
+    <name>RCListener</name>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+</context>
+<context>
+    <name>ServerTab</name>
+    <message>
+        <source>Listening on port %1</source>
+        <translation>ポート %1 で待ち受けています</translation>
+    </message>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+    <message>
+        <source>Connection ID: %1</source>
+        <translation>接続 ID: %1</translation>
+    </message>
+    <message>
+        <source>Disconnect %1</source>
+        <translation>切断 %1</translation>
+    </message>
+    <message>
+        <source>Client %1: %2</source>
+        <translation>クライアント %1: %2</translation>
     </message>
 </context>
 <context>
