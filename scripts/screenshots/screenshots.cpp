@@ -4,6 +4,7 @@
 //   mavix-screenshots OUTPUT_FOLDER
 #include "app/appcontext.h"
 #include "app/log.h"
+#include "server/servertab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
 #include "sim/simthread.h"
@@ -23,6 +24,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -75,6 +77,34 @@ void makeFile(const QString &path, qint64 size)
         file.write(SimDataPort::pattern(0, size));
 }
 
+// A short remote-control session, as a user would type it into nc.
+void serverSession(quint16 port)
+{
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port);
+    settle(300);
+    for (const char *line :
+         {"help\r\n", "read 0 16\r\n", "write 1000 DEADBEEF\r\n", "read 1000 4\r\n", "quit\r\n"}) {
+        client.write(line);
+        settle(300);
+    }
+}
+
+// The main window in server mode, its Server tab after a session.
+void serverScreenshot(quint16 udpPort, quint16 tcpPort)
+{
+    AppContext context(false, true, 0, false, nullptr,
+                       QStringLiteral("127.0.0.1:%1:%2").arg(udpPort).arg(tcpPort));
+    MainWindow *window = context.mainWindow();
+    window->resize(800, 660);
+    window->show();
+    settle(1500);
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->serverTab());
+    serverSession(window->serverTab()->serverPort());
+    save(window, QStringLiteral("server"));
+    window->close();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -101,6 +131,10 @@ int main(int argc, char *argv[])
     QTemporaryDir files;
     const QString sendPath = files.filePath(QStringLiteral("firmware-image.bin"));
     makeFile(sendPath, 256 * 1024 * 1024);
+
+    serverScreenshot(device.udpPort(), tcpPort);
+    if (qEnvironmentVariableIsSet("MAVIX_SCREENSHOT_SERVER_ONLY"))
+        return 0;
 
     AppContext context(false, false, 0, false, nullptr,
                        QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort));
