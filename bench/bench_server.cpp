@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTimer>
 
 #include <algorithm>
@@ -34,6 +35,12 @@ constexpr int kTimeoutMs = 2000;
 constexpr int kRunLimitMs = 60000; // a run that takes longer is broken
 const char kCommand[] = "read 0 16\r\n";
 const std::string kPrompt = "\r\nMavixUtil>";
+
+QByteArray loadAverage()
+{
+    QFile file(QStringLiteral("/proc/loadavg"));
+    return file.open(QIODevice::ReadOnly) ? file.readLine().trimmed() : QByteArray("unknown");
+}
 
 double median(std::vector<double> v)
 {
@@ -179,6 +186,7 @@ int main(int argc, char *argv[])
     std::printf("bench_server: %d round trips x %d runs each, mavix-sim on 127.0.0.1:%u, "
                 "server on port %u\n",
                 kRoundTrips, kRepetitions, device.udpPort(), server.serverPort());
+    std::printf("load average at start: %s\n", loadAverage().constData());
     int failed = 0;
     (void)serverRate(*client, kWarmUp, &failed);
     (void)directRate(agent, kWarmUp, &failed);
@@ -195,6 +203,7 @@ int main(int argc, char *argv[])
                 *serverMin, *serverMax);
     std::printf("direct  read 16 B: median %7.0f/s  min %7.0f  max %7.0f\n", median(directRates),
                 *directMin, *directMax);
+    std::printf("load average at end: %s\n", loadAverage().constData());
     std::printf("failed round trips: %d\n", failed);
     std::printf("ratio: %.2f\n", median(serverRates) / median(directRates));
     return failed == 0 ? 0 : 1;

@@ -100,7 +100,11 @@ void RCClient::getPacket()
     // Converted whole, so that a character split across two segments survives.
     const QString command = QString::fromUtf8(m_line);
     m_line.clear();
+    // The command may run at once, and the session may end while it does.
+    ++m_busy;
     emit lineReceived(command);
+    --m_busy;
+    deleteWhenIdle();
 }
 
 void RCClient::dispose()
@@ -113,11 +117,8 @@ void RCClient::dispose()
         disconnect(m_socket, &QTcpSocket::readyRead, this, &RCClient::getPacket);
         disconnect(m_socket, &QTcpSocket::disconnected, this, &RCClient::dispose);
     }
-    // A wait for written bytes may be running on this object's behalf: it deletes us when done.
-    if (m_sending > 0)
-        m_deletePending = true;
-    else
-        deleteLater();
+    m_deletePending = true;
+    deleteWhenIdle();
     emit sendSettled();
 }
 
@@ -128,16 +129,23 @@ bool RCClient::waitWritten()
         return true;
     AccessGate localGate;
     AccessGate *gate = m_gate ? m_gate.data() : &localGate;
-    ++m_sending;
+    ++m_busy;
     const AccessGate::WaitResult result =
         gate->waitFor(this, &RCClient::sendSettled, kSendTimeoutMs, [this] {
             return m_disposed || !m_socket || m_socket->bytesToWrite() == 0 ||
                    m_socket->state() != QAbstractSocket::ConnectedState;
         });
-    --m_sending;
+    --m_busy;
     const bool written = result == AccessGate::WaitResult::Arrived && !m_disposed && m_socket &&
                          m_socket->bytesToWrite() == 0;
-    if (m_sending == 0 && m_deletePending)
-        deleteLater();
+    deleteWhenIdle();
     return written;
+}
+
+void RCClient::deleteWhenIdle()
+{
+    if (m_busy == 0 && m_deletePending) {
+        m_deletePending = false;
+        deleteLater();
+    }
 }

@@ -48,6 +48,7 @@ public slots:
 
 private:
     [[nodiscard]] bool waitWritten();
+    void deleteWhenIdle();
 
     quint64 m_id = 0;
     QPointer<QTcpSocket> m_socket;
@@ -55,6 +56,8 @@ private:
     QByteArray m_line;
     bool m_discarding = false; // the rest of an overlong line is being skipped
     bool m_disposed = false;
-    int m_sending = 0;            // waits for written bytes in progress
-    bool m_deletePending = false; // disposed during such a wait
+    // Calls of ours still on the stack (a line being delivered, a wait for written bytes): the
+    // client is deleted only once they have returned.
+    int m_busy = 0;
+    bool m_deletePending = false;
 };

@@ -89,7 +89,11 @@ void ServerTab::addNewClient(RCClient *client)
 void ServerTab::runCommand(const QString &text)
 {
     m_queue.append(PendingLine{qobject_cast<RCClient *>(sender()), text});
-    scheduleNext();
+    // Nothing else going on: serve it now rather than one event-loop turn later.
+    if (m_queue.size() == 1)
+        runNext();
+    else
+        scheduleNext();
 }
 
 void ServerTab::deleteClient()
