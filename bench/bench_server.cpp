@@ -28,8 +28,8 @@
 
 namespace {
 
-constexpr int kRoundTrips = 5000;
-constexpr int kRepetitions = 5;
+constexpr int kRoundTrips = 2000;
+constexpr int kRepetitions = 11;
 constexpr int kWarmUp = 500;
 constexpr int kTimeoutMs = 2000;
 constexpr int kRunLimitMs = 60000; // a run that takes longer is broken
