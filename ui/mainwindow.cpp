@@ -26,6 +26,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTabBar>
@@ -184,6 +185,13 @@ void MainWindow::initTabs(const QString &presetTarget)
 
     setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
+    if (m_serverTab) {
+        m_serverTab->setAgent(m_agent);
+        m_serverTab->setLogView(
+            m_serverTab->findChild<QPlainTextEdit *>(QStringLiteral("serverLogTextarea")));
+        m_serverTab->setPort(m_uiPort);
+        m_serverTab->start();
+    }
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
@@ -253,6 +261,10 @@ void MainWindow::connectTabs()
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
     connectSerialBridgeTab();
     connectExpertTab();
+    if (m_serverTab) {
+        connect(m_serverTab, &ServerTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+        connect(m_serverTab, &ServerTab::transmissionFailed, logo, &LogoView::CloseEye);
+    }
 
     m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);

@@ -100,7 +100,7 @@ void WrenAgent::send(const WrenPacket &request, const QString &failureLog)
         return;
     LOG_ERROR(failureLog);
     const QString why = m_socket ? m_socket->errorString() : tr("no target UDP port is set");
-    throw WrenError{WrenError::Timeout, tr("The request could not be sent: %1").arg(why)};
+    throw WrenError{WrenError::Timeout, tr("The request could not be sent: %1").arg(why), true};
 }
 
 QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs,

@@ -8,6 +8,7 @@
 #include "app/log.h"
 #include "modules/zelgpibtab.h"
 #include "settings/experttab.h"
+#include "server/servertab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
 #include "sim/simgpib.h"
@@ -30,6 +31,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
@@ -88,6 +90,24 @@ void makeFile(const QString &path, qint64 size)
 int takeDetailShot(const QString &target)
 {
     AppContext context(true, false, 0, false, nullptr, target);
+// A short remote-control session, as a user would type it into nc.
+void serverSession(quint16 port)
+{
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port);
+    settle(300);
+    for (const char *line :
+         {"help\r\n", "read 0 16\r\n", "write 1000 DEADBEEF\r\n", "read 1000 4\r\n", "quit\r\n"}) {
+        client.write(line);
+        settle(300);
+    }
+}
+
+// The main window in server mode, its Server tab after a session.
+void serverScreenshot(quint16 udpPort, quint16 tcpPort)
+{
+    AppContext context(false, true, 0, false, nullptr,
+                       QStringLiteral("127.0.0.1:%1:%2").arg(udpPort).arg(tcpPort));
     MainWindow *window = context.mainWindow();
     window->resize(800, 660);
     window->show();
@@ -109,6 +129,10 @@ int takeDetailShot(const QString &target)
     save(window, QStringLiteral("detail"));
     window->close();
     return 0;
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->serverTab());
+    serverSession(window->serverTab()->serverPort());
+    save(window, QStringLiteral("server"));
+    window->close();
 }
 
 } // namespace
@@ -146,6 +170,12 @@ int main(int argc, char *argv[])
     makeFile(sendPath, 256 * 1024 * 1024);
 
     AppContext context(false, false, 0, false, nullptr, target);
+    serverScreenshot(device.udpPort(), tcpPort);
+    if (qEnvironmentVariableIsSet("MAVIX_SCREENSHOT_SERVER_ONLY"))
+        return 0;
+
+    AppContext context(false, false, 0, false, nullptr,
+                       QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort));
     MainWindow *window = context.mainWindow();
     window->resize(800, 660);
     window->show();

@@ -21,6 +21,49 @@
     </message>
 </context>
 <context>
+    <name>CommandInterpreter</name>
+    <message>
+        <source>Server mode, undefined command</source>
+        <translation>サーバーモード: 未定義のコマンドです</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid read command</source>
+        <translation>サーバーモード: read コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, read command successed</source>
+        <translation>サーバーモード: read コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid write command</source>
+        <translation>サーバーモード: write コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, write command is timeout</source>
+        <translation>サーバーモード: write コマンドがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device reply bus error</source>
+        <translation>サーバーモード: Mavix デバイスがバスエラーを返しました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device won&apos;t reply</source>
+        <translation>サーバーモード: Mavix デバイスが応答しません</translation>
+    </message>
+    <message>
+        <source>Server mode, write command successed</source>
+        <translation>サーバーモード: write コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid help command</source>
+        <translation>サーバーモード: help コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, help command successed</source>
+        <translation>サーバーモード: help コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
     <name>ExpertTab</name>
     <message>
         <source>Target</source>
@@ -440,6 +483,47 @@
     </message>
 </context>
 <context>
+    <name>RCClient</name>
+    <message>
+        <source>Server to Client, fail to send</source>
+        <translation>サーバーからクライアントへの送信に失敗しました</translation>
+    </message>
+    <message>
+        <source>Server mode, quit command successed</source>
+        <translation>サーバーモード: quit コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
+    <name>RCListener</name>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+</context>
+<context>
+    <name>ServerTab</name>
+    <message>
+        <source>Listening on port %1</source>
+        <translation>ポート %1 で待ち受けています</translation>
+    </message>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+    <message>
+        <source>Connection ID: %1</source>
+        <translation>接続 ID: %1</translation>
+    </message>
+    <message>
+        <source>Disconnect %1</source>
+        <translation>切断 %1</translation>
+    </message>
+    <message>
+        <source>Client %1: %2</source>
+        <translation>クライアント %1: %2</translation>
+    </message>
+</context>
+<context>
     <name>Startup</name>
     <message>
         <source>Server mode, uiport is invalid</source>
@@ -833,8 +917,7 @@ Dialog</source>
     <message numerus="yes">
         <source>%n datagram(s) discarded: %1</source>
         <translation>
-            <numerusform>%n 個のデータグラムを破棄しました: %1</numerusform>
-        </translation>
+            </translation>
     </message>
     <message>
         <source>WREN Recv, datagram from %1 port %2 is not from the target</source>
@@ -859,6 +942,169 @@ Dialog</source>
     <message>
         <source>%1 (%2)</source>
         <translation>%1（%2）</translation>
+    </message>
+</context>
+<context>
+    <name>ZELGPIBTab</name>
+    <message>
+        <source>Module Setting</source>
+        <translation>モジュールの設定</translation>
+    </message>
+    <message>
+        <source>Controller GPIB Address</source>
+        <translation>コントローラの GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Timeout</source>
+        <translation>タイムアウト</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>msec</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Bus</source>
+        <translation>バス</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Interface Clear: leaves every talker and listener on the bus unaddressed</source>
+        <translation>インターフェースクリア: バス上のすべてのトーカーとリスナーのアドレス指定を解除します</translation>
+    </message>
+    <message>
+        <source>Interface Clear</source>
+        <translation>インターフェースクリア</translation>
+    </message>
+    <message>
+        <source>Target GPIB Address</source>
+        <translation>接続先の GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>デリミタ</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(なし)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>コマンド</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>UDP read is timeout</source>
+        <translation>UDP の読み出しがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-GPIB setting is invalid</source>
+        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を読み出しました</translation>
+    </message>
+    <message>
+        <source>Controller GPIB address must be 0 to 30</source>
+        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Timeout must be 0 to 655350</source>
+        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
+    </message>
+    <message>
+        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>UDP write is timeout</source>
+        <translation>UDP の書き込みがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Response to permisssion release to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB connect successed</source>
+        <translation>ZEL-GPIB に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB disconnect successed</source>
+        <translation>ZEL-GPIB から切断しました</translation>
+    </message>
+    <message>
+        <source>Target GPIB address must be 0 to 30</source>
+        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>GPIB command is empty</source>
+        <translation>GPIB コマンドが空です</translation>
+    </message>
+    <message>
+        <source>GPIB sending successed</source>
+        <translation>GPIB で送信しました</translation>
+    </message>
+    <message>
+        <source>GPIB receiving successed</source>
+        <translation>GPIB で受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB Interface Clear successed</source>
+        <translation>GPIB インターフェースクリアを実行しました</translation>
+    </message>
+    <message>
+        <source>GPIB timeout</source>
+        <translation>GPIB がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>GPIB error packet</source>
+        <translation>GPIB エラーパケットを受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB undefined error</source>
+        <translation>GPIB で未定義のエラーが発生しました</translation>
     </message>
 </context>
 <context>
@@ -1074,169 +1320,6 @@ Dialog</source>
     <message>
         <source>ZEL-RS232C receiving successed</source>
         <translation>ZEL-RS232C で受信しました</translation>
-    </message>
-</context>
-<context>
-    <name>ZELGPIBTab</name>
-    <message>
-        <source>Module Setting</source>
-        <translation>モジュールの設定</translation>
-    </message>
-    <message>
-        <source>Controller GPIB Address</source>
-        <translation>コントローラの GPIB アドレス</translation>
-    </message>
-    <message>
-        <source>Read</source>
-        <translation>読み出し</translation>
-    </message>
-    <message>
-        <source>Timeout</source>
-        <translation>タイムアウト</translation>
-    </message>
-    <message>
-        <source>msec</source>
-        <translation>msec</translation>
-    </message>
-    <message>
-        <source>Write</source>
-        <translation>書き込み</translation>
-    </message>
-    <message>
-        <source>Bus</source>
-        <translation>バス</translation>
-    </message>
-    <message>
-        <source>Connect</source>
-        <translation>接続</translation>
-    </message>
-    <message>
-        <source>Interface Clear: leaves every talker and listener on the bus unaddressed</source>
-        <translation>インターフェースクリア: バス上のすべてのトーカーとリスナーのアドレス指定を解除します</translation>
-    </message>
-    <message>
-        <source>Interface Clear</source>
-        <translation>インターフェースクリア</translation>
-    </message>
-    <message>
-        <source>Target GPIB Address</source>
-        <translation>接続先の GPIB アドレス</translation>
-    </message>
-    <message>
-        <source>Delimiter</source>
-        <translation>デリミタ</translation>
-    </message>
-    <message>
-        <source>(Ignore)</source>
-        <translation>(なし)</translation>
-    </message>
-    <message>
-        <source>Send</source>
-        <translation>送信</translation>
-    </message>
-    <message>
-        <source>Command</source>
-        <translation>コマンド</translation>
-    </message>
-    <message>
-        <source>Receive</source>
-        <translation>受信</translation>
-    </message>
-    <message>
-        <source>Max Receive Length</source>
-        <translation>最大受信長</translation>
-    </message>
-    <message>
-        <source>Show As Hex</source>
-        <translation>16 進で表示</translation>
-    </message>
-    <message>
-        <source>Clear</source>
-        <translation>クリア</translation>
-    </message>
-    <message>
-        <source>UDP read is timeout</source>
-        <translation>UDP の読み出しがタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Read ZEL-GPIB setting is invalid</source>
-        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
-    </message>
-    <message>
-        <source>Reading ZEL-GPIB setting successed</source>
-        <translation>ZEL-GPIB の設定を読み出しました</translation>
-    </message>
-    <message>
-        <source>Controller GPIB address must be 0 to 30</source>
-        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
-    </message>
-    <message>
-        <source>Timeout must be 0 to 655350</source>
-        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
-    </message>
-    <message>
-        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
-        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>UDP write is timeout</source>
-        <translation>UDP の書き込みがタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Response to permisssion release to write in EEPROM is timeout</source>
-        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Writing ZEL-GPIB setting successed</source>
-        <translation>ZEL-GPIB の設定を書き込みました</translation>
-    </message>
-    <message>
-        <source>Fail to connect to device</source>
-        <translation>デバイスに接続できません</translation>
-    </message>
-    <message>
-        <source>Disconnect</source>
-        <translation>切断</translation>
-    </message>
-    <message>
-        <source>ZEL-GPIB connect successed</source>
-        <translation>ZEL-GPIB に接続しました</translation>
-    </message>
-    <message>
-        <source>ZEL-GPIB disconnect successed</source>
-        <translation>ZEL-GPIB から切断しました</translation>
-    </message>
-    <message>
-        <source>Target GPIB address must be 0 to 30</source>
-        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
-    </message>
-    <message>
-        <source>GPIB command is empty</source>
-        <translation>GPIB コマンドが空です</translation>
-    </message>
-    <message>
-        <source>GPIB sending successed</source>
-        <translation>GPIB で送信しました</translation>
-    </message>
-    <message>
-        <source>GPIB receiving successed</source>
-        <translation>GPIB で受信しました</translation>
-    </message>
-    <message>
-        <source>GPIB Interface Clear successed</source>
-        <translation>GPIB インターフェースクリアを実行しました</translation>
-    </message>
-    <message>
-        <source>GPIB timeout</source>
-        <translation>GPIB がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>GPIB error packet</source>
-        <translation>GPIB エラーパケットを受信しました</translation>
-    </message>
-    <message>
-        <source>GPIB undefined error</source>
-        <translation>GPIB で未定義のエラーが発生しました</translation>
     </message>
 </context>
 </TS>
