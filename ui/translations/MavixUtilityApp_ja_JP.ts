@@ -130,10 +130,6 @@
         <translation>ヘルプ</translation>
     </message>
     <message>
-        <source>Error</source>
-        <translation>エラー</translation>
-    </message>
-    <message>
         <source>IP address is invalid</source>
         <translation>IP アドレスが不正です</translation>
     </message>
@@ -168,6 +164,10 @@
     <message>
         <source>Server</source>
         <translation>サーバー</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>バージョン情報</translation>
     </message>
 </context>
 <context>
@@ -642,6 +642,13 @@ Dialog</source>
     <message>
         <source>WREN Recv, Bus Error occured</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Cannot open the log file %1: %2</source>
+        <translation>ログファイル %1 を開けません: %2</translation>
     </message>
 </context>
 </TS>
