@@ -200,12 +200,10 @@ void MavixSim::poke(quint32 address, const QByteArray &data)
 
 void MavixSim::readPendingDatagrams()
 {
-    for (int served = 0; m_socket && m_socket->hasPendingDatagrams(); ++served) {
-        if (served == kDatagramsPerTurn) {
-            // The rest waits for the next turn, after whatever else the event loop holds.
-            QMetaObject::invokeMethod(this, &MavixSim::readPendingDatagrams, Qt::QueuedConnection);
-            break;
-        }
+    // What is left after one turn's share waits for the next turn: the socket's read notifier
+    // fires again while datagrams are pending. (A readyRead that reads nothing would stop it.)
+    for (int served = 0; served < kDatagramsPerTurn && m_socket && m_socket->hasPendingDatagrams();
+         ++served) {
         QUdpSocket *socket = m_socket;
         const qint64 size =
             socket->readDatagram(m_request.data(), m_request.size(), &m_peer, &m_peerPort);
