@@ -1,5 +1,5 @@
-// The eye: which picture each state and blink tick shows, stepped directly, and a repaint at every
-// change. Its size follows the window (tst_mainwindow).
+// The eye: which picture each state and blink tick shows, stepped directly. Its size follows the
+// window (tst_mainwindow).
 #include "ui/logoview.h"
 
 #include <QTest>
@@ -12,7 +12,6 @@ class TestLogoView : public QObject
 private slots:
     void states_data();
     void states();
-    void everyChangeRepaints();
 };
 
 namespace {
@@ -33,21 +32,6 @@ void play(LogoView &view, const QString &steps)
                 view.forwardAnimation();
     }
 }
-
-// Counts the paint events that reach a widget.
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget *widget) : QObject(widget) { widget->installEventFilter(this); }
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        count += event->type() == QEvent::Paint;
-        return QObject::eventFilter(watched, event);
-    }
-};
 
 } // namespace
 
@@ -83,23 +67,6 @@ void TestLogoView::states()
               .arg(view.chosenImageName())
               .arg(timer->isActive() ? timer->interval() : 0),
           "state");
-}
-
-// Each change shows at once: the view must not wait for something else to repaint it.
-void TestLogoView::everyChangeRepaints()
-{
-    LogoView view;
-    auto *paints = new PaintCounter(view.viewport());
-    view.resize(100, 100);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    for (const char *change : {"start", "1", "close", "start", "open"}) {
-        QCoreApplication::processEvents(); // paints still due for the step before
-        paints->count = 0;
-        play(view, QString::fromLatin1(change));
-        view.findChild<QTimer *>()->stop(); // the test steps the blink itself
-        QTRY_VERIFY2(paints->count > 0, change);
-    }
 }
 
 QTEST_MAIN(TestLogoView)
