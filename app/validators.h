@@ -7,9 +7,9 @@
 
 #include <optional>
 
-[[nodiscard]] std::optional<quint16> parsePort(const QString &text);     // decimal 0..65535
-[[nodiscard]] std::optional<quint8> parseByte(const QString &text);      // decimal 0..255
-[[nodiscard]] std::optional<quint32> parseHex32(const QString &text);    // hex 0..FFFFFFFF
+[[nodiscard]] std::optional<quint16> parsePort(const QString &text);  // decimal 0..65535
+[[nodiscard]] std::optional<quint8> parseByte(const QString &text);   // decimal 0..255
+[[nodiscard]] std::optional<quint32> parseHex32(const QString &text); // hex 0..FFFFFFFF
 
 // Why an address is refused; the caller words the message.
 enum class AddressProblem { None, Malformed, Unspecified, Broadcast, Multicast };

@@ -47,8 +47,7 @@ bool MavixSim::start(const SimOptions &options)
         // A FIFO or a device would block the read or never hold the image.
         if (!QFileInfo(file).isFile()) {
             m_startError = SimStartError::EepromFile;
-            m_errorString =
-                tr("The EEPROM file %1 is not a regular file").arg(options.eepromPath);
+            m_errorString = tr("The EEPROM file %1 is not a regular file").arg(options.eepromPath);
             return false;
         }
         if (!file.open(QIODevice::ReadOnly)) {

@@ -66,15 +66,18 @@ void tst_MainWindow::messageArea_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<QString>("colour");
-    QTest::addRow("result in blue") << false << "UDP read successed" << " | UDP read successed"
+    QTest::addRow("result in blue") << false << "UDP read successed"
+                                    << " | UDP read successed"
                                     << "#0000c0";
     QTest::addRow("error in red with prefix") << true << "UDP read is timeout"
-                                              << " | Error:UDP read is timeout" << "#ff0000";
+                                              << " | Error:UDP read is timeout"
+                                              << "#ff0000";
     QTest::addRow("markup kept as text") << false << "<b>bold</b> & <img src=x>"
-                                         << " | <b>bold</b> & <img src=x>" << "#0000c0";
-    QTest::addRow("error markup kept as text")
-        << true << "-target:<i>x</i> is ignored" << " | Error:-target:<i>x</i> is ignored"
-        << "#ff0000";
+                                         << " | <b>bold</b> & <img src=x>"
+                                         << "#0000c0";
+    QTest::addRow("error markup kept as text") << true << "-target:<i>x</i> is ignored"
+                                               << " | Error:-target:<i>x</i> is ignored"
+                                               << "#ff0000";
 }
 
 void tst_MainWindow::messageArea()
@@ -106,13 +109,20 @@ void tst_MainWindow::presetTarget_data()
     QTest::addColumn<QString>("preset");
     QTest::addColumn<QString>("fields"); // IP, UDP and TCP fields afterwards
     QTest::addColumn<bool>("reported");
-    QTest::addRow("all parts") << "127.0.0.2:5000:6000" << "127.0.0.2 5000 6000" << false;
-    QTest::addRow("host only keeps the ports") << "127.0.0.3" << "127.0.0.3 4660 24" << false;
-    QTest::addRow("IPv6 loopback") << "[::1]:5000" << "::1 5000 24" << false;
-    QTest::addRow("bad host") << "300.0.0.1:5000" << "192.168.10.16 4660 24" << true;
-    QTest::addRow("leading zeros") << "127.000.0.1" << "192.168.10.16 4660 24" << true;
-    QTest::addRow("one number") << "0" << "192.168.10.16 4660 24" << true;
-    QTest::addRow("bad port") << "127.0.0.1:70000" << "192.168.10.16 4660 24" << true;
+    QTest::addRow("all parts") << "127.0.0.2:5000:6000"
+                               << "127.0.0.2 5000 6000" << false;
+    QTest::addRow("host only keeps the ports") << "127.0.0.3"
+                                               << "127.0.0.3 4660 24" << false;
+    QTest::addRow("IPv6 loopback") << "[::1]:5000"
+                                   << "::1 5000 24" << false;
+    QTest::addRow("bad host") << "300.0.0.1:5000"
+                              << "192.168.10.16 4660 24" << true;
+    QTest::addRow("leading zeros") << "127.000.0.1"
+                                   << "192.168.10.16 4660 24" << true;
+    QTest::addRow("one number") << "0"
+                                << "192.168.10.16 4660 24" << true;
+    QTest::addRow("bad port") << "127.0.0.1:70000"
+                              << "192.168.10.16 4660 24" << true;
 }
 
 void tst_MainWindow::presetTarget()

@@ -28,8 +28,8 @@ void tst_StartupOptions::grammar_data()
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("options");
     const auto row = [](const char *arguments, const char *options) {
-        QTest::addRow("%s", arguments) << QString::fromLatin1(arguments)
-                                       << QString::fromLatin1(options);
+        QTest::addRow("%s", arguments)
+            << QString::fromLatin1(arguments) << QString::fromLatin1(options);
     };
     row("", "0 0 0 0 0 0");
     row("-expert", "0 1 0 0 0 0");
@@ -102,11 +102,16 @@ void tst_StartupOptions::targetSpec_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("parts");
-    QTest::addRow("host only") << "127.0.0.1" << "127.0.0.1||";
-    QTest::addRow("host and udp") << "127.0.0.1:4660" << "127.0.0.1|4660|";
-    QTest::addRow("all three") << "127.0.0.1:4660:2424" << "127.0.0.1|4660|2424";
-    QTest::addRow("bracketed v6") << "[::1]:5000:6000" << "::1|5000|6000";
-    QTest::addRow("empty udp part") << "127.0.0.1::24" << "127.0.0.1||24";
+    QTest::addRow("host only") << "127.0.0.1"
+                               << "127.0.0.1||";
+    QTest::addRow("host and udp") << "127.0.0.1:4660"
+                                  << "127.0.0.1|4660|";
+    QTest::addRow("all three") << "127.0.0.1:4660:2424"
+                               << "127.0.0.1|4660|2424";
+    QTest::addRow("bracketed v6") << "[::1]:5000:6000"
+                                  << "::1|5000|6000";
+    QTest::addRow("empty udp part") << "127.0.0.1::24"
+                                    << "127.0.0.1||24";
 }
 
 void tst_StartupOptions::targetSpec()

@@ -21,8 +21,8 @@ void tst_Validators::numbers_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<qint64>("value");
     const auto row = [](const char *rule, const char *text, qint64 value) {
-        QTest::addRow("%s %s", rule, text) << QString::fromLatin1(rule) << QString::fromLatin1(text)
-                                           << value;
+        QTest::addRow("%s %s", rule, text)
+            << QString::fromLatin1(rule) << QString::fromLatin1(text) << value;
     };
     row("port", "0", 0);
     row("port", "65535", 65535);

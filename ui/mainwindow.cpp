@@ -127,8 +127,8 @@ void MainWindow::loadTranslation()
 {
     auto *translator = new QTranslator(qApp);
     const bool translated =
-        translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(),
-                         QString(), QString(), QString());
+        translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(), QString(),
+                         QString(), QString());
     qApp->installTranslator(translator);
 
     // Qt's own texts (message box buttons, file dialogs) follow only a language we translate
