@@ -92,19 +92,12 @@ void TestMavixSetting::encode()
     QByteArray before = factoryImage();
     before.replace(15, 3, QByteArray::fromHex("8F0181"));
     before[48] = char(0xB0);
-    MavixSetting setting;
+    MavixSetting setting; // every field unlike its default
+    setting.decode(QByteArray(16, '\0') +
+                   QByteArray::fromHex("0400 010203040506 0A0102FE 0001 1F57 0218 FFFF 0001 FFFE "
+                                       "0102 0003 1234 ABCD") +
+                   QByteArray(16, '\0'));
     setting.ipAddress = ip;
-    setting.udpPort = 65535;
-    setting.tcpDataPort = 1;
-    setting.macAddress = {{1, 2, 3, 4, 5, 6}};
-    setting.tcpCommandPort = 8023;
-    setting.tcpMaxSegmentSize = 536;
-    setting.tcpKeepAliveBufferNotEmptyMs = 1;
-    setting.tcpKeepAliveBufferEmptyMs = 65534;
-    setting.tcpTimeoutConnectingMs = 258;
-    setting.tcpTimeoutDisconnect256Ms = 3;
-    setting.tcpReconnectIntervalMs = 0x1234;
-    setting.tcpRetransmissionTimerMs = 0xABCD;
     QFETCH(bool, keepAlive);
     setting.tcpKeepAliveEnabled = keepAlive;
     const QByteArray after = setting.encode(before);
