@@ -7,7 +7,6 @@
 #include "ui/mainwindow.h"
 
 #include <QLineEdit>
-#include <QMenu>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QTabWidget>
@@ -21,7 +20,6 @@ class tst_MainWindow : public QObject
 private slots:
     void init() { build(QStringLiteral("127.0.0.1:4660:24")); }
     void cleanup() { m_context.reset(); }
-    void tabsAndMenu();
     void messageArea_data();
     void messageArea();
     void newestEntryIsScrolledIntoView();
@@ -45,19 +43,6 @@ private:
     }
     std::unique_ptr<AppContext> m_context;
 };
-
-void tst_MainWindow::tabsAndMenu()
-{
-    auto *tabs = window()->findChild<QTabWidget *>("modeTab");
-    QStringList titles;
-    for (int i = 0; i < tabs->count(); ++i)
-        titles << tabs->tabText(i);
-    QCOMPARE(titles,
-             (QStringList{"General", "Control(UDP)", "Data(TCP)", "ZEL-RS232C", "ZEL-GPIB"}));
-    const QList<QAction *> help = window()->findChild<QMenu *>("menuHelp")->actions();
-    QCOMPARE(help.size(), 1);
-    QCOMPARE(help.first()->text(), QStringLiteral("About"));
-}
 
 // Text from the command line or a device is shown as typed: markup stays visible text.
 void tst_MainWindow::messageArea_data()
