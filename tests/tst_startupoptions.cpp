@@ -18,8 +18,8 @@ private slots:
     void grammar_data();
     void grammar();
     void logThatCannotOpenIsReported();
-    void targetSpec_data();
-    void targetSpec();
+    void targetParts_data();
+    void targetParts();
 };
 
 // The arguments, and what they give: "warnings expert server port logging threshold".
@@ -98,7 +98,7 @@ void tst_StartupOptions::logThatCannotOpenIsReported()
     QVERIFY(!logEnabled(LOG_ERR));
 }
 
-void tst_StartupOptions::targetSpec_data()
+void tst_StartupOptions::targetParts_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("parts");
@@ -114,7 +114,7 @@ void tst_StartupOptions::targetSpec_data()
                                     << "127.0.0.1||24";
 }
 
-void tst_StartupOptions::targetSpec()
+void tst_StartupOptions::targetParts()
 {
     QFETCH(QString, text);
     const TargetParts parts = splitTarget(text);
