@@ -196,7 +196,7 @@ std::optional<MavixSetting> GeneralTab::recordFromFields(const MavixSetting &bas
     const QString ip = m_ui->GenWriteIPAddressTextarea->text();
     const QString tcpPort = m_ui->GenWriteTCPPortTextarea->text();
     const QString udpPort = m_ui->GenWriteUDPPortTextarea->text();
-    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+    if (!MavixSetting::validateWriteFields(ip, tcpPort, udpPort, true))
         return std::nullopt;
 
     MavixSetting record = base;

@@ -1,14 +1,17 @@
 // mavix-sim: the emulated Mavix device as a console program. Prints the address and ports it
 // bound on one line, serves until SIGINT or SIGTERM, then prints its totals.
 #include "app/eventdispatcher.h"
+#include "app/signalwatcher.h"
+#include "app/validators.h"
 #include "sim/mavixsim.h"
-#include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
 #include "sim/simgpib.h"
 #include "sim/simserialbridge.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <QTimer>
 
 #include <cstdio>
@@ -124,10 +127,10 @@ struct OptionSet
     }
 };
 
-std::optional<quint64> parseNumber(const QString &text, quint64 max, int base = 10)
+std::optional<quint64> parseNumber(const QString &text, quint64 max)
 {
     bool ok = false;
-    const quint64 value = text.trimmed().toULongLong(&ok, base);
+    const quint64 value = text.trimmed().toULongLong(&ok, 10);
     if (!ok || value > max)
         return std::nullopt;
     return value;
@@ -138,13 +141,31 @@ bool parseRange(const QString &text, quint32 *first, quint32 *last)
     const QStringList parts = text.split(QLatin1Char('-'));
     if (parts.size() != 2)
         return false;
-    const auto from = parseNumber(parts[0], 0xFFFFFFFFu, 16);
-    const auto to = parseNumber(parts[1], 0xFFFFFFFFu, 16);
+    const auto from = parseHex32(parts[0]);
+    const auto to = parseHex32(parts[1]);
     if (!from || !to || *from > *to)
         return false;
-    *first = quint32(*from);
-    *last = quint32(*to);
+    *first = *from;
+    *last = *to;
     return true;
+}
+
+// A file the data port cannot use is refused at start, not at the first connection.
+std::optional<QString> checkDataFiles(const Settings &settings)
+{
+    if (!settings.sourceFile.isEmpty()) {
+        QFile source(settings.sourceFile);
+        if (!QFileInfo(source).isFile() || !source.open(QIODevice::ReadOnly))
+            return tr("--source-file: cannot read %1").arg(settings.sourceFile);
+    }
+    if (!settings.sinkFile.isEmpty()) {
+        QFile sink(settings.sinkFile);
+        const bool usable = (!sink.exists() || QFileInfo(sink).isFile()) &&
+                            sink.open(QIODevice::WriteOnly | QIODevice::Append);
+        if (!usable)
+            return tr("--sink-file: cannot write %1").arg(settings.sinkFile);
+    }
+    return std::nullopt;
 }
 
 // Reads the command line into settings; on a bad value returns the message to show.
@@ -152,16 +173,18 @@ std::optional<QString> readSettings(const QCommandLineParser &parser, const Opti
                                     Settings *settings)
 {
     SimOptions &options = settings->options;
-    if (!options.address.setAddress(parser.value(o.address)))
+    // The device's own address and ports follow the tool's rules for a device address.
+    if (checkTargetAddress(parser.value(o.address)) != AddressProblem::None)
         return tr("--address: %1 is not an IP address").arg(parser.value(o.address));
-    const auto udpPort = parseNumber(parser.value(o.udpPort), 65535);
+    options.address.setAddress(parser.value(o.address));
+    const auto udpPort = parsePort(parser.value(o.udpPort));
     if (!udpPort)
         return tr("--udp-port must be 0 to 65535, not %1").arg(parser.value(o.udpPort));
-    const auto tcpPort = parseNumber(parser.value(o.tcpPort), 65535);
+    const auto tcpPort = parsePort(parser.value(o.tcpPort));
     if (!tcpPort)
         return tr("--tcp-port must be 0 to 65535, not %1").arg(parser.value(o.tcpPort));
-    options.udpPort = quint16(*udpPort);
-    options.tcpPort = quint16(*tcpPort);
+    options.udpPort = *udpPort;
+    options.tcpPort = *tcpPort;
     options.eepromPath = parser.value(o.eeprom);
     settings->verbose = parser.isSet(o.verbose);
     settings->stats = parser.isSet(o.stats);
@@ -215,6 +238,8 @@ std::optional<QString> readSettings(const QCommandLineParser &parser, const Opti
     }
     settings->sourceFile = parser.value(o.sourceFile);
     settings->sinkFile = parser.value(o.sinkFile);
+    if (const auto problem = checkDataFiles(*settings))
+        return problem;
     settings->stuck = parser.isSet(o.stuck);
     settings->keepOpen = parser.isSet(o.keepOpen);
     settings->hashing = !parser.isSet(o.noHash);
@@ -232,13 +257,14 @@ QString endpoint(const QHostAddress &address, quint16 port)
 QString totalsLine(const SimCounters &c)
 {
     return tr("mavix-sim: totals: %1 requests (%2 reads, %3 writes), %4 ignored, %5 replies "
-              "dropped, %6 bus errors")
+              "dropped, %6 bus errors, %7 delayed replies over the limit")
         .arg(c.requests)
         .arg(c.reads)
         .arg(c.writes)
         .arg(c.ignored)
         .arg(c.dropped)
-        .arg(c.busErrors);
+        .arg(c.busErrors)
+        .arg(c.delayOverflow);
 }
 
 void startStats(MavixSim *sim)
@@ -248,13 +274,14 @@ void startStats(MavixSim *sim)
     QObject::connect(timer, &QTimer::timeout, sim, [sim, previous] {
         const SimCounters now = sim->counters();
         printLine(stdout, tr("mavix-sim: %1 requests/s (%2 reads, %3 writes), %4 ignored, %5 "
-                             "dropped, %6 bus errors")
+                             "dropped, %6 bus errors, %7 delayed replies over the limit")
                               .arg(now.requests - previous->requests)
                               .arg(now.reads - previous->reads)
                               .arg(now.writes - previous->writes)
                               .arg(now.ignored - previous->ignored)
                               .arg(now.dropped - previous->dropped)
-                              .arg(now.busErrors - previous->busErrors));
+                              .arg(now.busErrors - previous->busErrors)
+                              .arg(now.delayOverflow - previous->delayOverflow));
         *previous = now;
     });
     timer->start(kStatsIntervalMs);

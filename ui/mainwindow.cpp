@@ -88,7 +88,7 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
     if (!noTranslation)
         loadTranslation();
 
-    m_aboutAction = new QAction(QStringLiteral("About"), this);
+    m_aboutAction = new QAction(tr("About"), this);
     connect(m_aboutAction, &QAction::triggered, this, &MainWindow::actionAbout_triggered);
 
     m_ui->setupUi(this);
@@ -157,11 +157,15 @@ ZELGPIBTab *MainWindow::zelgpibTab() const
 void MainWindow::loadTranslation()
 {
     auto *translator = new QTranslator(qApp);
-    (void)translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(),
-                           QString(), QString(), QString());
+    const bool translated =
+        translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(), QString(),
+                         QString(), QString());
     qApp->installTranslator(translator);
 
-    // Qt's own texts (message box buttons, file dialogs) in the same language.
+    // Qt's own texts (message box buttons, file dialogs) follow only a language we translate
+    // into: a window in English keeps English buttons whatever Qt ships for the locale.
+    if (!translated)
+        return;
     auto *qtTranslator = new QTranslator(qApp);
     if (qtTranslator->load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"),
                            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
@@ -183,7 +187,6 @@ void MainWindow::initTabs(const QString &presetTarget)
         m_ui->expertTab->setAgent(m_agent);
     zelgpibTab()->setAgent(m_agent);
 
-    setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
     if (m_serverTab) {
         m_serverTab->setAgent(m_agent);
@@ -229,11 +232,11 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     const TargetParts parts = splitTarget(presetTarget);
     QStringList problems;
-    if (!isValidIPAddress(parts.host))
+    if (checkTargetAddress(parts.host) != AddressProblem::None)
         problems << tr("IP address is invalid");
-    if (!parts.udpPort.isEmpty() && !isValidPort(parts.udpPort))
+    if (!parts.udpPort.isEmpty() && !parsePort(parts.udpPort))
         problems << tr("UDP Port number must be 0 to 65535");
-    if (!parts.tcpPort.isEmpty() && !isValidPort(parts.tcpPort))
+    if (!parts.tcpPort.isEmpty() && !parsePort(parts.tcpPort))
         problems << tr("TCP Port number must be 0 to 65535");
     if (!problems.isEmpty()) {
         for (const QString &problem : problems)
@@ -431,10 +434,13 @@ void MainWindow::actionAbout_triggered()
     dialog.exec();
 }
 
+// Reports carry text from the command line, files and devices: it is shown as typed, never as
+// markup.
 void MainWindow::onShowResult(const QString &text)
 {
     const QString line = QStringLiteral("%1 | %2").arg(
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")), text);
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")),
+        text.toHtmlEscaped());
     appendMessage(QStringLiteral("<br><span style=\"color:#0000c0;\">%1</span>").arg(line));
 }
 
@@ -443,11 +449,10 @@ void MainWindow::onShowError(const QString &text)
     const QString line =
         tr("%1 | Error:%2")
             .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")),
-                 text);
+                 text.toHtmlEscaped());
     appendMessage(QStringLiteral("<br><span style=\"color:#ff0000;\">%1</span>").arg(line));
 }
 
-// Messages are inserted as rich text on purpose: a tab may use markup to stress a word.
 void MainWindow::appendMessage(const QString &html)
 {
     QTextEdit *area = m_ui->errorLabel;

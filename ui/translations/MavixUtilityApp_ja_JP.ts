@@ -344,10 +344,6 @@
         <translation>ヘルプ</translation>
     </message>
     <message>
-        <source>Error</source>
-        <translation>エラー</translation>
-    </message>
-    <message>
         <source>IP address is invalid</source>
         <translation>IP アドレスが不正です</translation>
     </message>
@@ -382,6 +378,10 @@
     <message>
         <source>Server</source>
         <translation>サーバー</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>バージョン情報</translation>
     </message>
 </context>
 <context>
@@ -1320,6 +1320,13 @@ Dialog</source>
     <message>
         <source>ZEL-RS232C receiving successed</source>
         <translation>ZEL-RS232C で受信しました</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Cannot open the log file %1: %2</source>
+        <translation>ログファイル %1 を開けません: %2</translation>
     </message>
 </context>
 </TS>
