@@ -22,8 +22,8 @@ public:
     QStringList arguments; // the positional arguments after the command's name
     const QCommandLineParser *parser = nullptr;
 
-    // Reports a failed register access (`timeoutText` for a time-out, the agent's reason for any
-    // other failure) and returns the exit code for it.
+    // Reports a failed register access as the tabs do (`timeoutText` for a time-out, the agent's
+    // reason for any other failure) and returns the exit code for it.
     int accessFailed(const WrenError &error, const QString &timeoutText) const;
     // Reports `text` as an error and returns `exitCode`.
     int refuse(const QString &text, int exitCode) const;

@@ -1,7 +1,8 @@
 #include "cli/registercommands.h"
 
+#include "app/accessgate.h"
 #include "app/report.h"
-#include "app/terminationwatcher.h"
+#include "app/signalwatcher.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
@@ -59,6 +60,7 @@ std::optional<Range> readRange(const CommandContext &context, int *exitCode)
 std::optional<QByteArray> readBytes(const CommandContext &context, const Range &range,
                                     int *exitCode)
 {
+    AccessGate::Hold hold(context.agent->gate());
     try {
         return context.agent->read(range.address, quint8(range.length), context.timeoutMs);
     } catch (const WrenError &error) {
@@ -131,6 +133,7 @@ int RegisterCommands::write(const CommandContext &context)
     if (!error.isEmpty())
         return context.refuse(error, ExitCode::kRefusedInput);
 
+    AccessGate::Hold hold(context.agent->gate());
     try {
         (void)context.agent->write(address, bytes, context.timeoutMs);
     } catch (const WrenError &failure) {
@@ -162,8 +165,8 @@ int RegisterCommands::watch(const CommandContext &context)
     }
 
     QEventLoop loop;
-    TerminationWatcher termination;
-    QObject::connect(&termination, &TerminationWatcher::terminationRequested, &loop,
+    SignalWatcher termination;
+    QObject::connect(&termination, &SignalWatcher::signalReceived, &loop,
                      [&loop] { loop.exit(ExitCode::kSuccess); });
     QTimer poll;
     poll.setInterval(intervalMs);

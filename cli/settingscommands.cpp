@@ -1,5 +1,6 @@
 #include "cli/settingscommands.h"
 
+#include "app/accessgate.h"
 #include "app/report.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
@@ -100,6 +101,7 @@ void printSetting(const CommandContext &context, const MavixSetting &setting)
 
 int SettingsCommands::show(const CommandContext &context)
 {
+    AccessGate::Hold hold(context.agent->gate());
     MavixSettingAccess access(context.agent);
     access.setAccessTimeoutMs(context.timeoutMs);
     access.setEEPROMAccess(context.parser->isSet(QStringLiteral("eeprom")));
@@ -139,14 +141,16 @@ std::optional<MavixSetting> SettingsCommands::recordFrom(const CommandContext &c
     }
     const std::optional<MavixSetting> record = fields.toRecord(device);
     if (!record ||
-        !MavixSetting::validateTarget(record->ipAddress, QString::number(record->tcpDataPort),
-                                      QString::number(record->udpPort), true))
+        !MavixSetting::validateWriteFields(record->ipAddress, QString::number(record->tcpDataPort),
+                                           QString::number(record->udpPort), true))
         return std::nullopt;
     return record;
 }
 
 int SettingsCommands::set(const CommandContext &context)
 {
+    // The whole sequence is one device operation, as in the General tab.
+    AccessGate::Hold hold(context.agent->gate());
     MavixSettingAccess access(context.agent);
     access.setAccessTimeoutMs(context.timeoutMs);
     access.setEEPROMAccess(context.parser->isSet(QStringLiteral("eeprom")));

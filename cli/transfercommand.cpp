@@ -1,7 +1,7 @@
 #include "cli/transfercommand.h"
 
 #include "app/appmodel.h"
-#include "app/terminationwatcher.h"
+#include "app/signalwatcher.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
@@ -61,8 +61,8 @@ int TransferCommand::run()
     connect(&worker, receiving() ? &TCPThread::recvStatusChanged : &TCPThread::sendStatusChanged,
             this, &TransferCommand::onStatusChanged);
 
-    TerminationWatcher termination;
-    connect(&termination, &TerminationWatcher::terminationRequested, this,
+    SignalWatcher termination;
+    connect(&termination, &SignalWatcher::signalReceived, this,
             &TransferCommand::interrupt);
     QTimer progressTimer;
     if (m_context.console->showsProgress()) {

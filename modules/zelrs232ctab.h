@@ -33,6 +33,7 @@ public:
 
     // Time-outs: register accesses, and connecting, sending and receiving on a connector.
     void setTimeouts(int accessMs, int dataMs);
+    void setAccessTimeoutMs(int ms) { m_accessTimeoutMs = ms; }
 
 signals:
     void targetSettingChanged(MavixSetting setting);

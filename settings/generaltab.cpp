@@ -1,5 +1,6 @@
 #include "settings/generaltab.h"
 
+#include "app/accessgate.h"
 #include "app/report.h"
 #include "settings/mavixsettingaccess.h"
 #include "ui_generaltab.h"
@@ -139,7 +140,8 @@ void GeneralTab::readDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
-    m_access->setEEPROMAccess(isEEPROMAccessChecked());
+    AccessGate::Hold hold(m_agent->gate());
+    prepareAccess();
     const std::optional<QByteArray> image = m_access->readImage(m_access->imageBase());
     if (!image)
         return;
@@ -159,7 +161,9 @@ void GeneralTab::writeDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
-    m_access->setEEPROMAccess(isEEPROMAccessChecked());
+    // The whole sequence is one device operation: nothing else may run between its steps.
+    AccessGate::Hold hold(m_agent->gate());
+    prepareAccess();
     const std::optional<QByteArray> image = m_access->readImage(m_access->imageBase());
     if (!image)
         return;
@@ -190,7 +194,7 @@ std::optional<MavixSetting> GeneralTab::recordFromFields(const MavixSetting &bas
     const QString ip = m_ui->GenWriteIPAddressTextarea->text();
     const QString tcpPort = m_ui->GenWriteTCPPortTextarea->text();
     const QString udpPort = m_ui->GenWriteUDPPortTextarea->text();
-    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+    if (!MavixSetting::validateWriteFields(ip, tcpPort, udpPort, true))
         return std::nullopt;
 
     MavixSetting record = base;
@@ -198,6 +202,13 @@ std::optional<MavixSetting> GeneralTab::recordFromFields(const MavixSetting &bas
     (void)MavixSetting::parsePort(tcpPort, &record.tcpDataPort);
     (void)MavixSetting::parsePort(udpPort, &record.udpPort);
     return record;
+}
+
+// The copy and the time-out the sequences use are the tab's at the moment of the access.
+void GeneralTab::prepareAccess()
+{
+    m_access->setEEPROMAccess(isEEPROMAccessChecked());
+    m_access->setAccessTimeoutMs(m_accessTimeoutMs);
 }
 
 // Rewriting only the running UDP port moves the device away until its next start from the

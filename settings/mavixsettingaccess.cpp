@@ -2,6 +2,7 @@
 
 #include "app/report.h"
 #include "wren/wrenagent.h"
+#include "wren/wrenreport.h"
 
 #include <QCoreApplication>
 #include <QHostAddress>
@@ -31,21 +32,26 @@ quint32 MavixSettingAccess::imageBase() const
 void MavixSettingAccess::fail(const WrenError &error, const QString &timeoutMessage)
 {
     m_lastError = error;
-    // Other failures have been logged by the agent in its own words.
-    if (error.code == WrenError::Timeout)
-        reportError(timeoutMessage);
+    reportWrenError(error, timeoutMessage);
     emit failed();
 }
 
 std::optional<QByteArray> MavixSettingAccess::readImage(quint32 address)
 {
     try {
-        return m_agent->read(address, MavixSetting::kImageSize, m_accessTimeoutMs);
+        QByteArray image = m_agent->read(address, MavixSetting::kImageSize, m_accessTimeoutMs);
+        if (image.size() == MavixSetting::kImageSize)
+            return image;
+        const QString text =
+            QCoreApplication::translate("GeneralTab", "Mavix Setting buffer is too small");
+        m_lastError = WrenError{WrenError::ShortReply, text};
+        reportError(text);
+        emit failed();
     } catch (const WrenError &error) {
         fail(error, QCoreApplication::translate("GeneralTab",
                                                 "Response to reading Mavix Setting is timeout"));
-        return std::nullopt;
     }
+    return std::nullopt;
 }
 
 bool MavixSettingAccess::writePermissionByte(quint8 value, const QString &timeoutMessage)
@@ -69,13 +75,12 @@ bool MavixSettingAccess::writeImage(quint32 base, const QByteArray &image,
                              m_accessTimeoutMs);
         return true;
     } catch (const WrenError &error) {
-        if (error.code == WrenError::Timeout) {
-            reportError(QCoreApplication::translate(
-                "GeneralTab", "Response to writing Mavix Setting is timeout"));
-            // A device whose address was just changed answers only at the new one.
-            m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
-        }
         m_lastError = error;
+        reportWrenError(error, QCoreApplication::translate(
+                                   "GeneralTab", "Response to writing Mavix Setting is timeout"));
+        // A device whose address was just changed answers only at the new one.
+        if (error.code == WrenError::Timeout)
+            m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
         emit failed();
         return false;
     }

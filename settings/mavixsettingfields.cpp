@@ -4,7 +4,6 @@
 #include "app/validators.h"
 
 #include <QCoreApplication>
-#include <QHostAddress>
 
 namespace {
 
@@ -12,10 +11,11 @@ namespace {
 constexpr int kDisconnectUnitShift = 8;
 constexpr quint32 kDisconnectUnitMask = 0xFF;
 
-// The image holds an IPv4 address; anything else could not be written as typed.
+// The image holds a dotted IPv4 address; anything else could not be written as typed. Whether the
+// address suits a device is the write fields' check (MavixSetting::validateWriteFields).
 bool isIPv4Address(const QString &text)
 {
-    return isValidIPAddress(text) && QHostAddress(text).protocol() == QAbstractSocket::IPv4Protocol;
+    return checkDeviceAddress(text) != AddressProblem::Malformed;
 }
 
 QString number(quint32 value)
@@ -58,14 +58,14 @@ std::optional<MavixSetting> MavixSettingFields::toRecord(const MavixSetting &bas
     };
 
     if (isIPv4Address(ipAddress))
-        record.ipAddress = QHostAddress(ipAddress).toString();
+        record.ipAddress = ipAddress;
     else
         refuse(QT_TRANSLATE_NOOP("ExpertTab", "IP address is invalid"));
     take16(tcpDataPort, record.tcpDataPort,
            QT_TRANSLATE_NOOP("ExpertTab", "TCP Port number must be 0 to 65535"));
     take16(udpPort, record.udpPort,
            QT_TRANSLATE_NOOP("ExpertTab", "UDP Port number must be 0 to 65535"));
-    if (!isValidMACAddress(macAddress))
+    if (!parseMACAddress(macAddress))
         refuse(QT_TRANSLATE_NOOP("ExpertTab", "Set mac address in format FF:FF:FF:FF:FF:FF"));
     take16(tcpCommandPort, record.tcpCommandPort,
            QT_TRANSLATE_NOOP("ExpertTab", "TCP Port number must be 0 to 65535"));
@@ -78,15 +78,15 @@ std::optional<MavixSetting> MavixSettingFields::toRecord(const MavixSetting &bas
     take16(tcpTimeoutConnectingMs, record.tcpTimeoutConnectingMs,
            QT_TRANSLATE_NOOP("ExpertTab", "TimeOut(Connecting) must be 0 to 65535"));
 
-    quint32 disconnectMs = 0;
-    if (!MavixSetting::parseDisconnectTimeout(tcpTimeoutDisconnectMs, &disconnectMs)) {
+    const std::optional<quint32> disconnectMs = parseDisconnectTimeout(tcpTimeoutDisconnectMs);
+    if (!disconnectMs) {
         refuse(QT_TRANSLATE_NOOP("ExpertTab", "TimeOut(Disconnecting) must be 0 to 16677125"));
     } else {
-        if (disconnectMs & kDisconnectUnitMask)
+        if (*disconnectMs & kDisconnectUnitMask)
             reportResult(QCoreApplication::translate(
                 "ExpertTab", "Info: Reading TimeOut(Disconnecting) value will change because the "
                              "lower 8 bits are ignored"));
-        record.tcpTimeoutDisconnect256Ms = quint16(disconnectMs >> kDisconnectUnitShift);
+        record.tcpTimeoutDisconnect256Ms = quint16(*disconnectMs >> kDisconnectUnitShift);
     }
 
     take16(tcpReconnectIntervalMs, record.tcpReconnectIntervalMs,

@@ -35,6 +35,11 @@ public:
     static constexpr uchar kBusErrorBit = 0x01;
     // The access log keeps this many of the latest accesses.
     static constexpr int kAccessLogCapacity = 100000;
+    // Datagrams served in one turn of the event loop: a flood must leave time for the TCP data
+    // port, timers and signals.
+    static constexpr int kDatagramsPerTurn = 64;
+    // Replies held back by the delay fault at one time; further ones are dropped and counted.
+    static constexpr int kMaxDelayedReplies = 4096;
 
     explicit MavixSim(QObject *parent = nullptr);
     ~MavixSim() override;
@@ -113,6 +118,7 @@ private:
     QByteArray m_previousReply;
     QHostAddress m_peer;
     quint16 m_peerPort = 0;
+    int m_delayedReplies = 0;
     QString m_eepromPath;
     SimStartError m_startError = SimStartError::None;
     QString m_errorString;

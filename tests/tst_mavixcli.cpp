@@ -71,8 +71,8 @@ private slots:
         QTest::addRow("send to a closed data port") << "send " MAVIX_CLI_PATH " --target 127.0.0.1:1:1" << "" << 5 << "Fail to connect to device" << "";
         QTest::addRow("no reply is a time-out") << "--timeout 300 read 0 4" << "--drop-every 1" << 2 << "UDP read is timeout" << "";
         QTest::addRow("a late reply is a time-out") << "--timeout 300 settings" << "--delay 2000" << 2 << "Response to reading Mavix Setting is timeout" << "";
-        for (const char *fault : {"--wrong-vertype", "--no-ack", "--wrong-id", "--flip-rw", "--short-reply"})
-            QTest::addRow("%s is a bad reply", fault) << "read 0 4" << fault << 3 << "" << "";
+        for (const auto &[fault, code] : std::initializer_list<std::pair<const char *, int>>{{"--wrong-vertype", 3}, {"--no-ack", 3}, {"--short-reply", 3}, {"--wrong-id", 2}, {"--flip-rw", 2}}) // a reply with another ID or R/W bit is not the reply: the wait goes on
+            QTest::addRow("%s gives %d", fault, code) << "--timeout 300 read 0 4" << fault << code << "" << "";
         QTest::addRow("bus error") << "write 1000 01" << "--bus-error" << 4 << "WREN Recv, Bus Error occured" << "";
         // clang-format on
     }

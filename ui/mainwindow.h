@@ -57,7 +57,14 @@ public slots:
     void onShowResult(const QString &text);
     void onShowError(const QString &text);
 
+protected:
+    // While a device access waits: user input to this window is swallowed (Esc gives the wait up)
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    // Closing gives up a wait in progress, which then fails as a time-out.
+    void closeEvent(QCloseEvent *event) override;
+
 private:
+    void showBusy(bool busy);
     void loadTranslation();
     void initTabs(const QString &presetTarget);
     void removeTabsOfOtherModes();
@@ -65,6 +72,7 @@ private:
     void connectTabs();
     void connectSerialBridgeTab();
     void connectExpertTab();
+    void connectZelGpibTab();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;

@@ -21,10 +21,46 @@
     </message>
 </context>
 <context>
-    <name>CommandContext</name>
+    <name>CommandInterpreter</name>
     <message>
-        <source>The device&apos;s reply is invalid</source>
-        <translation>デバイスの応答が不正です</translation>
+        <source>Server mode, undefined command</source>
+        <translation>サーバーモード: 未定義のコマンドです</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid read command</source>
+        <translation>サーバーモード: read コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, read command successed</source>
+        <translation>サーバーモード: read コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid write command</source>
+        <translation>サーバーモード: write コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, write command is timeout</source>
+        <translation>サーバーモード: write コマンドがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device reply bus error</source>
+        <translation>サーバーモード: Mavix デバイスがバスエラーを返しました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device won&apos;t reply</source>
+        <translation>サーバーモード: Mavix デバイスが応答しません</translation>
+    </message>
+    <message>
+        <source>Server mode, write command successed</source>
+        <translation>サーバーモード: write コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid help command</source>
+        <translation>サーバーモード: help コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, help command successed</source>
+        <translation>サーバーモード: help コマンドが成功しました</translation>
     </message>
 </context>
 <context>
@@ -94,6 +130,10 @@
         <translation>デバイスのネットワーク設定を「一般」タブと同じ形で表示します。</translation>
     </message>
     <message>
+        <source>Change settings with the checks of the General and Detail tabs and the General tab&apos;s write sequence. Keys: ip, tcp-port, udp-port, command-port, max-segment-size, keep-alive (on or off), keep-alive-busy-ms, keep-alive-idle-ms, connect-timeout-ms, disconnect-timeout-ms, reconnect-interval-ms, retransmission-timer-ms.</source>
+        <translation>「一般」タブと「詳細」タブと同じ検査、「一般」タブと同じ書き込み手順で設定を変更します。キー: ip、tcp-port、udp-port、command-port、max-segment-size、keep-alive (on または off)、keep-alive-busy-ms、keep-alive-idle-ms、connect-timeout-ms、disconnect-timeout-ms、reconnect-interval-ms、retransmission-timer-ms。</translation>
+    </message>
+    <message>
         <source>Go on when the UDP port of the running copy changes (the GUI asks first).</source>
         <translation>動作中の設定の UDP ポートが変わるときもそのまま続けます (GUI では先に確認します)。</translation>
     </message>
@@ -156,10 +196,6 @@
     <message>
         <source>--timeout must be a whole number of milliseconds from 1, not %1</source>
         <translation>--timeout には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
-    </message>
-    <message>
-        <source>Change settings with the checks of the General and Detail tabs and the General tab&apos;s write sequence. Keys: ip, tcp-port, udp-port, command-port, max-segment-size, keep-alive (on or off), keep-alive-busy-ms, keep-alive-idle-ms, connect-timeout-ms, disconnect-timeout-ms, reconnect-interval-ms, retransmission-timer-ms.</source>
-        <translation>「一般」タブと「詳細」タブと同じ検査、「一般」タブと同じ書き込み手順で設定を変更します。キー: ip、tcp-port、udp-port、command-port、max-segment-size、keep-alive (on または off)、keep-alive-busy-ms、keep-alive-idle-ms、connect-timeout-ms、disconnect-timeout-ms、reconnect-interval-ms、retransmission-timer-ms。</translation>
     </message>
 </context>
 <context>
@@ -411,6 +447,10 @@
         <source>Writing Mavix setting is successed</source>
         <translation>Mavix の設定を書き込みました</translation>
     </message>
+    <message>
+        <source>Mavix Setting buffer is too small</source>
+        <translation>Mavix の設定データが短すぎます</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>
@@ -437,10 +477,6 @@
     <message>
         <source>Help</source>
         <translation>ヘルプ</translation>
-    </message>
-    <message>
-        <source>Error</source>
-        <translation>エラー</translation>
     </message>
     <message>
         <source>IP address is invalid</source>
@@ -477,6 +513,10 @@
     <message>
         <source>Server</source>
         <translation>サーバー</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>バージョン情報</translation>
     </message>
 </context>
 <context>
@@ -578,6 +618,24 @@
     </message>
 </context>
 <context>
+    <name>RCClient</name>
+    <message>
+        <source>Server to Client, fail to send</source>
+        <translation>サーバーからクライアントへの送信に失敗しました</translation>
+    </message>
+    <message>
+        <source>Server mode, quit command successed</source>
+        <translation>サーバーモード: quit コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
+    <name>RCListener</name>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+</context>
+<context>
     <name>RegisterCommands</name>
     <message>
         <source>Cannot write %1: %2</source>
@@ -590,6 +648,29 @@
     <message>
         <source>--interval must be a whole number of milliseconds from 1, not %1</source>
         <translation>--interval には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+</context>
+<context>
+    <name>ServerTab</name>
+    <message>
+        <source>Listening on port %1</source>
+        <translation>ポート %1 で待ち受けています</translation>
+    </message>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+    <message>
+        <source>Connection ID: %1</source>
+        <translation>接続 ID: %1</translation>
+    </message>
+    <message>
+        <source>Disconnect %1</source>
+        <translation>切断 %1</translation>
+    </message>
+    <message>
+        <source>Client %1: %2</source>
+        <translation>クライアント %1: %2</translation>
     </message>
 </context>
 <context>
@@ -1005,6 +1086,215 @@ Dialog</source>
         <source>WREN Recv, Bus Error occured</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
     </message>
+    <message>
+        <source>Another register access is waiting; this one was not sent</source>
+        <translation>別のレジスタアクセスが応答待ちのため、このアクセスは送信されませんでした</translation>
+    </message>
+    <message>
+        <source>no target UDP port is set</source>
+        <translation>接続先の UDP ポートが設定されていません</translation>
+    </message>
+    <message>
+        <source>The request could not be sent: %1</source>
+        <translation>要求を送信できませんでした: %1</translation>
+    </message>
+    <message>
+        <source>The wait for the reply was given up</source>
+        <translation>応答待ちを中止しました</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n datagram(s) discarded: %1</source>
+        <translation>
+            <numerusform>%n 個のデータグラムを破棄しました: %1</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram from %1 port %2 is not from the target</source>
+        <translation>WREN 受信: %1 ポート %2 からのデータグラムは接続先からのものではありません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram too short for a header</source>
+        <translation>WREN 受信: データグラムがヘッダーより短いです</translation>
+    </message>
+    <message>
+        <source>WREN Recv, address does not match</source>
+        <translation>WREN 受信: アドレスが一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, length does not match the request</source>
+        <translation>WREN 受信: データ長が要求と一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, bad reply</source>
+        <translation>WREN 受信: 不正な応答です</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1（%2）</translation>
+    </message>
+</context>
+<context>
+    <name>ZELGPIBTab</name>
+    <message>
+        <source>Module Setting</source>
+        <translation>モジュールの設定</translation>
+    </message>
+    <message>
+        <source>Controller GPIB Address</source>
+        <translation>コントローラの GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Timeout</source>
+        <translation>タイムアウト</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>msec</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Bus</source>
+        <translation>バス</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Interface Clear: leaves every talker and listener on the bus unaddressed</source>
+        <translation>インターフェースクリア: バス上のすべてのトーカーとリスナーのアドレス指定を解除します</translation>
+    </message>
+    <message>
+        <source>Interface Clear</source>
+        <translation>インターフェースクリア</translation>
+    </message>
+    <message>
+        <source>Target GPIB Address</source>
+        <translation>接続先の GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>デリミタ</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(なし)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>コマンド</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>UDP read is timeout</source>
+        <translation>UDP の読み出しがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-GPIB setting is invalid</source>
+        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を読み出しました</translation>
+    </message>
+    <message>
+        <source>Controller GPIB address must be 0 to 30</source>
+        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Timeout must be 0 to 655350</source>
+        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
+    </message>
+    <message>
+        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>UDP write is timeout</source>
+        <translation>UDP の書き込みがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Response to permisssion release to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB connect successed</source>
+        <translation>ZEL-GPIB に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB disconnect successed</source>
+        <translation>ZEL-GPIB から切断しました</translation>
+    </message>
+    <message>
+        <source>Target GPIB address must be 0 to 30</source>
+        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>GPIB command is empty</source>
+        <translation>GPIB コマンドが空です</translation>
+    </message>
+    <message>
+        <source>GPIB sending successed</source>
+        <translation>GPIB で送信しました</translation>
+    </message>
+    <message>
+        <source>GPIB receiving successed</source>
+        <translation>GPIB で受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB Interface Clear successed</source>
+        <translation>GPIB インターフェースクリアを実行しました</translation>
+    </message>
+    <message>
+        <source>GPIB timeout</source>
+        <translation>GPIB がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>GPIB error packet</source>
+        <translation>GPIB エラーパケットを受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB undefined error</source>
+        <translation>GPIB で未定義のエラーが発生しました</translation>
+    </message>
 </context>
 <context>
     <name>ZELRS232CTab</name>
@@ -1219,6 +1509,13 @@ Dialog</source>
     <message>
         <source>ZEL-RS232C receiving successed</source>
         <translation>ZEL-RS232C で受信しました</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Cannot open the log file %1: %2</source>
+        <translation>ログファイル %1 を開けません: %2</translation>
     </message>
 </context>
 </TS>
