@@ -52,6 +52,27 @@ std::optional<quint32> dottedQuad(const QString &text)
 
 } // namespace
 
+std::optional<quint32> parseDisconnectTimeoutMs(const QString &text)
+{
+    const auto value = parseUnsigned(text, 10, 16677125);
+    return value ? std::optional<quint32>(quint32(*value)) : std::nullopt;
+}
+
+std::optional<QByteArray> parseMACAddress(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(':'));
+    if (parts.size() != 6)
+        return std::nullopt;
+    QByteArray mac;
+    for (const QString &part : parts) {
+        const auto value = parseUnsigned(part, 16, 255);
+        if (!value)
+            return std::nullopt;
+        mac.append(char(*value));
+    }
+    return mac;
+}
+
 std::optional<quint16> parsePort(const QString &text)
 {
     const auto value = parseUnsigned(text, 10, 65535);

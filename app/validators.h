@@ -10,6 +10,10 @@
 [[nodiscard]] std::optional<quint16> parsePort(const QString &text);  // decimal 0..65535
 [[nodiscard]] std::optional<quint8> parseByte(const QString &text);   // decimal 0..255
 [[nodiscard]] std::optional<quint32> parseHex32(const QString &text); // hex 0..FFFFFFFF
+// The device's disconnect time-out in ms, decimal 0..16677125 (it keeps it in 256 ms steps).
+[[nodiscard]] std::optional<quint32> parseDisconnectTimeoutMs(const QString &text);
+// A MAC address: six hexadecimal bytes joined by ':'.
+[[nodiscard]] std::optional<QByteArray> parseMACAddress(const QString &text);
 
 // Why an address is refused; the caller words the message.
 enum class AddressProblem { None, Malformed, Unspecified, Broadcast, Multicast };

@@ -17,7 +17,7 @@ constexpr quint32 kDisconnectUnitMask = 0xFF;
 // The image holds an IPv4 address; anything else could not be written as typed.
 bool isIPv4Address(const QString &text)
 {
-    return isValidIPAddress(text) && QHostAddress(text).protocol() == QAbstractSocket::IPv4Protocol;
+    return checkDeviceAddress(text) == AddressProblem::None;
 }
 
 } // namespace
@@ -89,7 +89,7 @@ std::optional<MavixSetting> ExpertTab::recordFromFields(const MavixSetting &base
     take16(m_ui->ExpertUDPPortTextarea, record.udpPort, tr("UDP Port number must be 0 to 65535"));
     // Checked only: the write never reaches the MAC bytes, so the record keeps the device's MAC
     // and the field shows it again after a write.
-    if (!isValidMACAddress(m_ui->ExpertMACAddressTextarea->text()))
+    if (!parseMACAddress(m_ui->ExpertMACAddressTextarea->text()))
         refuse(tr("Set mac address in format FF:FF:FF:FF:FF:FF"));
     take16(m_ui->ExpertTCPCommandPortTextarea, record.tcpCommandPort,
            tr("TCP Port number must be 0 to 65535"));
@@ -102,9 +102,10 @@ std::optional<MavixSetting> ExpertTab::recordFromFields(const MavixSetting &base
     take16(m_ui->ExpertTCPTimeoutConTextarea, record.tcpTimeoutConnectingMs,
            tr("TimeOut(Connecting) must be 0 to 65535"));
 
-    quint32 disconnectMs = 0;
-    if (!MavixSetting::parseDisconnectTimeout(m_ui->ExpertTCPTimeoutDicTextarea->text(),
-                                              &disconnectMs)) {
+    const std::optional<quint32> disconnect =
+        parseDisconnectTimeoutMs(m_ui->ExpertTCPTimeoutDicTextarea->text());
+    const quint32 disconnectMs = disconnect.value_or(0);
+    if (!disconnect) {
         refuse(tr("TimeOut(Disconnecting) must be 0 to 16677125"));
     } else {
         if (disconnectMs & kDisconnectUnitMask)
