@@ -234,13 +234,15 @@ void TCPThread::onSocketError(QAbstractSocket::SocketError error)
     if (m_recvStatus == TS_RUN) {
         emitRecvProgress(true);
         // A device that sends a finite stream ends it by closing: that is how a receive ends.
-        if (error == QAbstractSocket::RemoteHostClosedError) {
+        if (!writeRecvBlock()) {
+            failRecv(m_recvFileError, TTE_RECV_ERROR);
+        } else if (error == QAbstractSocket::RemoteHostClosedError) {
             const QString text =
                 QStringLiteral("%1 %2").arg(tr("The device closed the connection."), savedText());
             reportResult(text);
             emit recvReported(text, false);
         } else {
-            failRecv(QStringLiteral("%1 %2").arg(failure, savedText()), TTE_CONNECT_ERROR);
+            failRecv(QStringLiteral("%1. %2").arg(failure, savedText()), TTE_CONNECT_ERROR);
         }
     }
     if (m_sendStatus == TS_RUN)
@@ -364,7 +366,7 @@ bool TCPThread::prepareSendRun()
     if (name.isEmpty() || !m_sendFile.open(QIODevice::ReadOnly)) {
         const QString reason = name.isEmpty()
                                    ? tr("no send file is chosen")
-                                   : QStringLiteral("%1, %2").arg(name, m_sendFile.errorString());
+                                   : QStringLiteral("%1 (%2)").arg(name, m_sendFile.errorString());
         failSend(QStringLiteral("%1: %2").arg(tr("Send file cannot open"), reason), TTE_SEND_ERROR);
         setSendStatus(TS_STOP);
         return false;
@@ -604,7 +606,7 @@ bool TCPThread::prepareRecvRun()
     emit recvReported(tr("Saving to %1").arg(name), false);
     // Unbuffered: the bytes are gathered into large blocks here, not in 16 KiB pieces by QFile.
     if (!m_recvFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        failRecv(QStringLiteral("%1: %2, %3")
+        failRecv(QStringLiteral("%1: %2 (%3)")
                      .arg(tr("Receive file cannot open"), name, m_recvFile.errorString()),
                  TTE_RECV_ERROR);
         setRecvStatus(TS_STOP);
@@ -737,7 +739,7 @@ bool TCPThread::writeRecvBlock()
     }
     const bool complete = done == m_recvBlock.size();
     if (!complete) {
-        m_recvFileError = QStringLiteral("%1: %2, %3 %4")
+        m_recvFileError = QStringLiteral("%1: %2 (%3). %4")
                               .arg(tr("Receive file cannot be written"), m_recvFile.fileName(),
                                    m_recvFile.errorString(), savedText());
         LOG_ERROR(QStringLiteral("recv file write failed: %1").arg(m_recvFile.errorString()));

@@ -1,6 +1,5 @@
 // What the transfer tests share: per test a fresh log, model and transfer worker on its own thread,
-// as at start-up, with the emulator's data port on loopback as the current target; and small
-// helpers for files, hex text and a refused connection.
+// as at start-up, with the emulator's data port on loopback as the current target.
 #pragma once
 
 #include "reportcollector.h"
@@ -9,12 +8,10 @@
 #include "app/log.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
-#include "tcp/hexlayout.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 
 #include <QFile>
-#include <QRandomGenerator>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QThread>
@@ -24,31 +21,10 @@
 
 constexpr int kTransferTimeoutMs = 20000;
 
-inline QByteArray randomBytes(qint64 size, quint32 seed)
-{
-    QByteArray bytes(size / 4 * 4 + 4, Qt::Uninitialized);
-    QRandomGenerator(seed).fillRange(reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / 4);
-    bytes.truncate(size);
-    return bytes;
-}
-
 inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-// Bytes as hex text in `format`, as one stream from its start.
-inline QByteArray renderAll(const QString &format, const QByteArray &bytes, const char *lineEnd)
-{
-    qint64 position = 0;
-    return HexLayout::parse(format).render(bytes, &position, lineEnd);
 }
 
 inline void pointWorkerAt(quint16 port)
@@ -69,20 +45,15 @@ inline quint16 closedPort()
 class TcpFixture
 {
 public:
-    // Per test, as at start-up: a fresh log at every level, the model (receive data shown as text,
-    // sent data shown), the worker on its own thread; and a data port in sink mode as the target.
     void start()
     {
         QVERIFY(dir.isValid());
-        m_logPath = dir.filePath(QStringLiteral("MavixUtility.log"));
-        QFile::remove(m_logPath);
-        logOpen(m_logPath, LOG_DBG);
+        logOpen(dir.filePath(QStringLiteral("MavixUtility.log")), LOG_DBG);
         reports = std::make_unique<ReportCollector>();
         model = std::make_unique<AppModel>();
         thread = std::make_unique<QThread>();
         thread->start();
         worker = new TCPThread(thread.get());
-        QCOMPARE(TCPThread::instance(), worker);
         port = std::make_unique<SimDataPort>();
         const quint16 number = port->start(QHostAddress::LocalHost, 0);
         QVERIFY2(number != 0, qPrintable(port->errorString()));
@@ -95,8 +66,6 @@ public:
     {
         if (QTest::currentTestFailed())
             qInfo("log of the failed case:\n%s", log().constData());
-        if (!worker || !port)
-            return qWarning("the fixture was not started");
         port->setStuck(false);
         if (worker->recvStatus() == TS_RUN)
             worker->stopReceiving();
@@ -110,10 +79,8 @@ public:
             kTransferTimeoutMs);
         thread->quit();
         thread->wait();
-        // What the worker queued before it ended reaches its receivers now, not in the next test.
-        QCoreApplication::sendPostedEvents();
+        QCoreApplication::sendPostedEvents(); // what the worker queued, not into the next test
         delete worker;
-        worker = nullptr;
         port.reset();
         model.reset();
         reports.reset();
@@ -122,18 +89,21 @@ public:
         QCOMPARE(TCPThread::instance(), nullptr);
         QCOMPARE(logCount("[ ERR] Invalid"), 0);
         QCOMPARE(logCount("socket is not null"), 0);
+        QFile::remove(dir.filePath(QStringLiteral("MavixUtility.log")));
     }
 
-    // A file of `bytes` in the test folder.
     [[nodiscard]] QString file(const QString &name, const QByteArray &bytes)
     {
-        const QString path = dir.filePath(name);
-        if (!writeFile(path, bytes))
-            qFatal("cannot write %s", qPrintable(path));
-        return path;
+        QFile file(dir.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        return file.fileName();
     }
 
-    [[nodiscard]] QByteArray log() const { return readFile(m_logPath); }
+    [[nodiscard]] QByteArray log() const
+    {
+        return readFile(dir.filePath(QStringLiteral("MavixUtility.log")));
+    }
     [[nodiscard]] int logCount(const QByteArray &line) const { return int(log().count(line)); }
 
     QTemporaryDir dir;
@@ -142,7 +112,4 @@ public:
     std::unique_ptr<QThread> thread;
     TCPThread *worker = nullptr;
     std::unique_ptr<SimDataPort> port;
-
-private:
-    QString m_logPath;
 };
