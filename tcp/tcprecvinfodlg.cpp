@@ -92,14 +92,16 @@ TCPOutputOption *TCPRecvInfoDlg::option()
     return AppModel::currentRecvOption();
 }
 
-// The file of the run and, in red, why it failed; a failed run is not announced as finished.
+// The file of the run and how it ended and, in red, why it failed; a failed run is not announced
+// as finished.
 void TCPRecvInfoDlg::showRunReport(const QString &text, bool error)
 {
     if (error) {
         m_failed = true;
         m_ui->ErrorLabel->setText(text);
     } else {
-        m_ui->FileLabel->setText(text);
+        const QString shown = m_ui->FileLabel->text();
+        m_ui->FileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
     }
 }
 
@@ -171,6 +173,7 @@ void TCPRecvInfoDlg::beginReceive()
     m_recvSize = 0;
     m_failed = false;
     m_ui->ErrorLabel->clear();
+    m_ui->FileLabel->clear();
     m_ui->DataTextarea->clear();
     {
         QMutexLocker lock(&m_mutex);

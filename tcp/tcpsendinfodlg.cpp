@@ -61,14 +61,16 @@ TCPOutputOption *TCPSendInfoDlg::option()
     return AppModel::currentSendOption();
 }
 
-// The file of the run and, in red, why it failed; a failed run is not announced as finished.
+// The file of the run and how it ended and, in red, why it failed; a failed run is not announced
+// as finished.
 void TCPSendInfoDlg::showRunReport(const QString &text, bool error)
 {
     if (error) {
         m_failed = true;
         m_ui->ErrorLabel->setText(text);
     } else {
-        m_ui->FileLabel->setText(text);
+        const QString shown = m_ui->FileLabel->text();
+        m_ui->FileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
     }
 }
 
@@ -102,6 +104,7 @@ void TCPSendInfoDlg::beginSend()
     m_lastRefreshMs = 0;
     m_failed = false;
     m_ui->ErrorLabel->clear();
+    m_ui->FileLabel->clear();
     worker->beginSendThread();
 }
 

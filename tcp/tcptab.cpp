@@ -131,16 +131,16 @@ void TCPTab::applyRecvFile(const QString &name)
 {
     if (AppModel *model = AppModel::instance())
         model->setRecvFileName(name);
+    m_recvNameChecked = false;
 }
 
 // A name is checked once per change, when editing is finished or a chooser has set it.
 void TCPTab::checkRecvFile()
 {
-    const QString name = m_ui->TCPRecvPathTextarea->text();
     AppModel *model = AppModel::instance();
-    if (!model || name == m_checkedRecvName)
+    if (!model || m_recvNameChecked)
         return;
-    m_checkedRecvName = name;
+    m_recvNameChecked = true;
     (void)model->checkRecvFile(); // a problem is reported there
 }
 
@@ -191,15 +191,15 @@ void TCPTab::applySendFile(const QString &name)
 {
     if (AppModel *model = AppModel::instance())
         model->setSendFileName(name);
+    m_sendNameChecked = false;
 }
 
 void TCPTab::checkSendFile()
 {
-    const QString name = m_ui->TCPSendPathTextarea->text();
     AppModel *model = AppModel::instance();
-    if (!model || name == m_checkedSendName)
+    if (!model || m_sendNameChecked)
         return;
-    m_checkedSendName = name;
+    m_sendNameChecked = true;
     (void)model->checkSendFile();
 }
 

@@ -76,6 +76,8 @@ private:
     TCPRecvInfoDlg *m_recvDialog = nullptr;
     TCPSendInfoDlg *m_sendDialog = nullptr;
     MavixSetting m_setting;
-    QString m_checkedRecvName; // the names last checked, so that leaving a field checks once
-    QString m_checkedSendName;
+    // The names in the fields have been checked since they last changed: leaving a field checks
+    // once.
+    bool m_recvNameChecked = true;
+    bool m_sendNameChecked = true;
 };
