@@ -27,6 +27,12 @@ inline QByteArray readFile(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// The current data row's value in `column`.
+template <typename T> T cell(const char *column)
+{
+    return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
+}
+
 inline void pointWorkerAt(quint16 port)
 {
     MavixSetting target;

@@ -1,29 +1,12 @@
-// The output format option: parsing the format, rendering bytes as hex text across chunk
-// boundaries, the UTF-8 lead-byte rule and the file checks. Hex text back to bytes is checked
-// end to end by the worker's hex-file sends.
+// The output format and the transfer dialogs' figures: parsing the format, rendering bytes as hex
+// text across chunks, size, time and rate with their units, the progress bar range, the loss
+// report, where received text may be cut, and the breaking of long lines.
 #include "reportcollector.h"
 
-#include "tcp/hexlayout.h"
 #include "tcp/tcpoutputoption.h"
+#include "tcp/transferfigures.h"
 
-#include <QDir>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-namespace {
-
-QByteArray randomBytes(qsizetype size, quint32 seed)
-{
-    QRandomGenerator generator(seed);
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char &byte : bytes)
-        byte = char(generator.bounded(256));
-    return bytes;
-}
-
-} // namespace
+#include <QtTest>
 
 class TestTcpOutputOption : public QObject
 {
@@ -32,32 +15,31 @@ class TestTcpOutputOption : public QObject
 private slots:
     void setFormat_data();
     void setFormat();
-    void rendersLines_data();
-    void rendersLines();
-    void rendersAcrossChunks_data();
-    void rendersAcrossChunks();
-    void utf8CharLength_data();
-    void utf8CharLength();
-    void checksFileNames_data();
-    void checksFileNames();
+    void renders_data();
+    void renders();
+    void figures_data();
+    void figures();
+    void progressBarAndLoss_data();
+    void progressBarAndLoss();
+    void utf8Boundary_data();
+    void utf8Boundary();
+    void longLines_data();
+    void longLines();
 };
 
-// Each row is applied over the format 2-2; a row without items is refused and keeps 2-2.
+// Each row is applied over the format 2-2; a row without a number is refused and keeps 2-2.
 void TestTcpOutputOption::setFormat_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("items");
     QTest::addColumn<int>("bytesPerLine");
-
     QTest::addRow("same text again") << "2-2" << QStringList{"2", "-", "2"} << 4;
-    QTest::addRow("one column of four") << "4" << QStringList{"4"} << 4;
     QTest::addRow("ten is a number") << "10" << QStringList{"10"} << 10;
     QTest::addRow("leading zero is literal") << "01" << QStringList{"0", "1"} << 1;
     QTest::addRow("zero inside a number counts") << "1 20" << QStringList{"1", " ", "20"} << 21;
     QTest::addRow("leading and trailing literal") << "[4] " << QStringList{"[", "4", "] "} << 4;
     QTest::addRow("non-ASCII separator") << "2\u00b72" << QStringList{"2", "\u00b7", "2"} << 4;
     QTest::addRow("refused: two zeros are literals") << "0 0" << QStringList() << 0;
-    QTest::addRow("refused: letters only") << "abc" << QStringList() << 0;
     QTest::addRow("refused: empty") << "" << QStringList() << 0;
 }
 
@@ -68,153 +50,165 @@ void TestTcpOutputOption::setFormat()
     QFETCH(int, bytesPerLine);
     ReportCollector reports;
     TCPOutputOption option(TCPOutputOption::kKindRecv);
-    QCOMPARE(option.format(), QStringLiteral("1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"));
-    QCOMPARE(option.bytesPerLine(), 16);
-    const QStringList oldItems{"2", "-", "2"};
+    QCOMPARE(option.format(), "1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1");
     QVERIFY(option.setFormat("2-2"));
     QSignalSpy changed(&option, &TCPOutputOption::formatChanged);
-
     const bool accepted = !items.isEmpty();
     QCOMPARE(option.setFormat(text), accepted);
-    QCOMPARE(option.formatItems(), accepted ? items : oldItems);
+    QCOMPARE(option.formatItems(), accepted ? items : QStringList({"2", "-", "2"}));
     QCOMPARE(option.bytesPerLine(), accepted ? bytesPerLine : 4);
-    QCOMPARE(option.format(), accepted ? text : QStringLiteral("2-2"));
     QCOMPARE(changed.count(), accepted && text != "2-2" ? 1 : 0);
     QCOMPARE(reports.errors,
              accepted ? QStringList() : QStringList{"Format must include at least one number"});
 }
 
-void TestTcpOutputOption::rendersLines_data()
+// Rendered in chunks of `chunk` bytes as one stream.
+void TestTcpOutputOption::renders_data()
 {
     QTest::addColumn<QString>("format");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QByteArray>("lineEnd");
+    QTest::addColumn<QByteArray>("hex");
+    QTest::addColumn<int>("chunk");
     QTest::addColumn<QByteArray>("text");
-
-    QTest::addRow("default format, one full line")
-        << TCPOutputOption::defaultFormat()
-        << QByteArray::fromHex("000102030405060708090a0b0c0d0e0f") << QByteArray("\r\n")
-        << QByteArray("00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F\r\n");
-    QTest::addRow("default format, part of a line has no trailing blank")
-        << TCPOutputOption::defaultFormat() << QByteArray::fromHex("abcdef") << QByteArray("\r\n")
-        << QByteArray("AB CD EF");
-    QTest::addRow("one column of four") << "4" << QByteArray::fromHex("0001feff")
-                                        << QByteArray("\r\n") << QByteArray("0001FEFF\r\n");
-    QTest::addRow("two columns with a hyphen")
-        << "2-2" << QByteArray::fromHex("1234567812") << QByteArray("\r\n")
-        << QByteArray("1234-5678\r\n12");
+    QTest::addRow("default format, a full line and a part without trailing blank")
+        << TCPOutputOption::defaultFormat() << QByteArray("000102030405060708090a0b0c0d0e0fabcd")
+        << 5 << QByteArray("00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F\r\nAB CD");
+    QTest::addRow("columns with a hyphen, byte by byte")
+        << "2-2" << QByteArray("1234567812") << 1 << QByteArray("1234-5678\r\n12");
     QTest::addRow("trailing literal ends every line")
-        << "1 1;" << QByteArray::fromHex("0102030405") << QByteArray("\r\n")
-        << QByteArray("01 02;\r\n03 04;\r\n05");
-    QTest::addRow("leading literal opens every line")
-        << "[2]" << QByteArray::fromHex("aabbcc") << QByteArray("\r\n")
-        << QByteArray("[AABB]\r\n[CC");
-    QTest::addRow("send display ends lines with a bare LF")
-        << "2" << QByteArray::fromHex("0102030405") << QByteArray("\n")
-        << QByteArray("0102\n0304\n05");
+        << "1 1;" << QByteArray("0102030405") << 3 << QByteArray("01 02;\r\n03 04;\r\n05");
+    QTest::addRow("leading literal opens every line, chunks across columns")
+        << "[3] 1-2;" << QByteArray("aabbccddeeff0102") << 2
+        << QByteArray("[AABBCC] DD-EEFF;\r\n[0102");
+    QTest::addRow("non-ASCII separator")
+        << "1\u00b71" << QByteArray("7a48") << 1 << QByteArray("7A\u00b748\r\n");
 }
 
-void TestTcpOutputOption::rendersLines()
+void TestTcpOutputOption::renders()
 {
     QFETCH(QString, format);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QByteArray, lineEnd);
-    TCPOutputOption option(TCPOutputOption::kKindRecv);
-    QVERIFY(option.setFormat(format));
+    QFETCH(QByteArray, hex);
+    QFETCH(int, chunk);
+    const HexLayout layout = HexLayout::parse(format);
+    const QByteArray bytes = QByteArray::fromHex(hex);
+    QByteArray text;
     qint64 position = 0;
-    QTEST(option.render(bytes, &position, lineEnd.constData()), "text");
+    for (qsizetype at = 0; at < bytes.size(); at += chunk)
+        layout.render(bytes.constData() + at, qMin<qsizetype>(chunk, bytes.size() - at), &position,
+                      "\r\n", &text);
+    QTEST(text, "text");
     QCOMPARE(position, bytes.size());
 }
 
-void TestTcpOutputOption::rendersAcrossChunks_data()
+// Size in Bytes, KBytes or MBytes (divisor 1000, six digits), time with the locale's digits, rate
+// in bps, kbps or Mbps with three digits and never in e-notation.
+void TestTcpOutputOption::figures_data()
 {
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<int>("chunkBytes");
-    for (const QString &format : {TCPOutputOption::defaultFormat(), QStringLiteral("4"),
-                                  QStringLiteral("[3] 1-2;"), QStringLiteral("7 9")}) {
-        for (int chunk : {1, 2, 3, 5, 16, 17, 1024})
-            QTest::addRow("format \"%s\", chunks of %d", qPrintable(format), chunk)
-                << format << chunk;
-    }
+    QTest::addColumn<qint64>("bytes");
+    QTest::addColumn<qint64>("elapsedMs");
+    QTest::addColumn<QLocale>("locale");
+    QTest::addColumn<QString>("shown");
+    const QLocale c = QLocale::c(), german(QLocale::German), american(QLocale::English);
+    QTest::addRow("Bytes and bps")
+        << qint64(124) << qint64(1000) << c << "124 Bytes, 1 sec, 992 bps";
+    QTest::addRow("1000 bytes, exactly 1 kbps, milliseconds")
+        << qint64(1000) << qint64(8000) << c << "1 KBytes, 8 sec, 1 kbps";
+    QTest::addRow("divisor 1000, three rate digits")
+        << qint64(1024) << qint64(7) << c << "1.024 KBytes, 0.007 sec, 1.17 Mbps";
+    QTest::addRow("largest KBytes, rounds up to 1000 kbps")
+        << qint64(999999) << qint64(8003) << c << "999.999 KBytes, 8.003 sec, 1000 kbps";
+    QTest::addRow("six size digits, gigabit in full")
+        << qint64(1234567890) << qint64(1000) << c << "1234.57 MBytes, 1 sec, 9877 Mbps";
+    QTest::addRow("decimal comma")
+        << qint64(1500000) << qint64(1500) << german << "1.5 MBytes, 1,5 sec, 8 Mbps";
+    QTest::addRow("group separator, nothing received")
+        << qint64(0) << qint64(1234567) << american << "0 Bytes, 1,234.57 sec, 0 bps";
+    QTest::addRow("zero elapsed counts as 1 ms")
+        << qint64(1) << qint64(0) << c << "1 Bytes, 0 sec, 8 kbps";
 }
 
-void TestTcpOutputOption::rendersAcrossChunks()
+void TestTcpOutputOption::figures()
 {
-    QFETCH(QString, format);
-    QFETCH(int, chunkBytes);
-    const HexLayout layout = HexLayout::parse(format);
-    const QByteArray bytes = randomBytes(3000, 7);
-    qint64 wholePosition = 0;
-    const QByteArray whole = layout.render(bytes, &wholePosition, "\r\n");
-
-    QByteArray pieces;
-    qint64 position = 0;
-    for (qsizetype at = 0; at < bytes.size(); at += chunkBytes)
-        layout.render(bytes.constData() + at, qMin<qsizetype>(chunkBytes, bytes.size() - at),
-                      &position, "\r\n", &pieces);
-    QCOMPARE(pieces, whole);
-    QCOMPARE(position, wholePosition);
-    // Every full line has the same length, the line end included.
-    const QList<QByteArray> lines = whole.split('\n');
-    for (qsizetype i = 1; i + 1 < lines.size(); ++i)
-        QCOMPARE(lines.at(i).size(), lines.at(0).size());
+    QFETCH(qint64, bytes);
+    QFETCH(qint64, elapsedMs);
+    QFETCH(QLocale, locale);
+    QLocale::setDefault(locale);
+    const TransferFigure size = TransferFigures::sizeFigure(bytes);
+    const TransferFigure time = TransferFigures::timeFigure(elapsedMs);
+    const TransferFigure rate = TransferFigures::rateFigure(bytes, elapsedMs);
+    QLocale::setDefault(QLocale::c());
+    QTEST(QStringLiteral("%1 %2, %3 %4, %5 %6")
+              .arg(size.value, size.unit, time.value, time.unit, rate.value, rate.unit),
+          "shown");
 }
 
-void TestTcpOutputOption::utf8CharLength_data()
+// Sizes above 2 GiB are divided by 1000 until they fit the bar; a stopped send reports its loss.
+void TestTcpOutputOption::progressBarAndLoss_data()
 {
-    QTest::addColumn<int>("byte");
-    QTest::addColumn<int>("length");
-    QTest::addRow("ASCII letter") << 0x41 << 1;
-    QTest::addRow("continuation byte") << 0xBF << 0;
-    QTest::addRow("two-byte lead") << 0xC3 << 2;
-    QTest::addRow("three-byte lead") << 0xE3 << 3;
-    QTest::addRow("four-byte lead") << 0xF0 << 4;
-    QTest::addRow("five-byte pattern") << 0xF8 << -1;
+    QTest::addColumn<qint64>("fileSize");
+    QTest::addColumn<qint64>("sentSize");
+    QTest::addColumn<QString>("shown"); // bar value / maximum, loss text
+    QTest::addRow("largest int as it is") << qint64(2147483647) << qint64(2147483647)
+                                          << "2147483647/2147483647 loss 0 / 2147483647 bytes (0%)";
+    QTest::addRow("3000000000 bytes in thousands")
+        << qint64(3000000000) << qint64(750000999)
+        << "750000/3000000 loss 2249999001 / 3000000000 bytes (75%)";
+    QTest::addRow("divided as often as needed") << qint64(3000000000000000) << qint64(0)
+                                                << "0/3000000 loss 3000000000000000 / "
+                                                   "3000000000000000 bytes (100%)";
+    QTest::addRow("default precision")
+        << qint64(3) << qint64(1) << "1/3 loss 2 / 3 bytes (66.6667%)";
+    QTest::addRow("empty file") << qint64(0) << qint64(0) << "0/0 loss 0 / 0 bytes (0%)";
 }
 
-void TestTcpOutputOption::utf8CharLength()
+void TestTcpOutputOption::progressBarAndLoss()
 {
-    QFETCH(int, byte);
-    QTEST(TCPOutputOption::utf8CharLength(char(byte)), "length");
+    QFETCH(qint64, fileSize);
+    QFETCH(qint64, sentSize);
+    const ProgressBarRange bar = TransferFigures::progressBarRange(fileSize, sentSize);
+    QTEST(QStringLiteral("%1/%2 %3")
+              .arg(bar.value)
+              .arg(bar.maximum)
+              .arg(TransferFigures::lossText(sentSize, fileSize)),
+          "shown");
 }
 
-void TestTcpOutputOption::checksFileNames_data()
+// The longest prefix that ends on a character boundary, by the lead-byte rule.
+void TestTcpOutputOption::utf8Boundary_data()
 {
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("accepted");
-
-    QTest::addRow("send: existing file") << TCPOutputOption::kKindSend << "existing.bin" << true;
-    QTest::addRow("send: missing file") << TCPOutputOption::kKindSend << "missing.bin" << false;
-    QTest::addRow("send: a folder") << TCPOutputOption::kKindSend << "folder" << false;
-    QTest::addRow("receive: new file") << TCPOutputOption::kKindRecv << "new.bin" << true;
-    QTest::addRow("receive: existing file") << TCPOutputOption::kKindRecv << "existing.bin" << true;
-    QTest::addRow("receive: missing folder")
-        << TCPOutputOption::kKindRecv << "missing/new.bin" << false;
-    QTest::addRow("receive: empty name, display only") << TCPOutputOption::kKindRecv << "" << true;
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<qsizetype>("complete");
+    QTest::addRow("ascii") << QByteArray("abc") << qsizetype(3);
+    QTest::addRow("whole three-byte char") << QByteArray("x\xE3\x81\x82") << qsizetype(4);
+    QTest::addRow("lead byte alone is held") << QByteArray("x\xE3") << qsizetype(1);
+    QTest::addRow("two-byte char cut") << QByteArray("ab\xC3") << qsizetype(2);
+    QTest::addRow("four-byte char cut after three") << QByteArray("\xF0\x9F\x98") << qsizetype(0);
+    QTest::addRow("whole four-byte char") << QByteArray("\xF0\x9F\x98\x80") << qsizetype(4);
+    QTest::addRow("invalid byte is not held") << QByteArray("ab\xFF") << qsizetype(3);
+    QTest::addRow("stray continuation bytes pass")
+        << QByteArray("ab\x80\x80\x80\x80") << qsizetype(6);
 }
 
-// The name is stored whether or not it passes; the check itself neither creates nor changes a file.
-void TestTcpOutputOption::checksFileNames()
+void TestTcpOutputOption::utf8Boundary()
 {
-    QFETCH(int, kind);
-    QFETCH(QString, name);
-    QFETCH(bool, accepted);
-    QTemporaryDir dir;
-    QFile existing(dir.filePath("existing.bin"));
-    QVERIFY(existing.open(QIODevice::WriteOnly) && existing.write("abc") == 3);
-    existing.close();
-    QVERIFY(QDir(dir.path()).mkdir("folder"));
-    const QString path = name.isEmpty() ? QString() : dir.filePath(name);
+    QFETCH(QByteArray, bytes);
+    QTEST(TransferFigures::completeUtf8Length(bytes), "complete");
+}
 
-    ReportCollector reports;
-    TCPOutputOption option(kind);
-    QCOMPARE(option.setFileName(path), accepted);
-    QCOMPARE(option.fileName(), path);
-    QCOMPARE(reports.errors, accepted ? QStringList() : QStringList{"File cannot open"});
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"existing.bin"});
-    QVERIFY(existing.open(QIODevice::ReadOnly));
-    QCOMPARE(existing.readAll(), QByteArray("abc"));
+void TestTcpOutputOption::longLines_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("currentLineChars");
+    QTest::addColumn<QString>("expected");
+    QTest::addRow("long line broken") << "abcdefgh" << 0 << "abcd\nefgh";
+    QTest::addRow("line end resets the count") << "ab\nabcde" << 2 << "ab\nabcd\ne";
+    QTest::addRow("surrogate pair kept whole") << "abc\U0001F600x" << 0 << "abc\U0001F600\nx";
+}
+
+void TestTcpOutputOption::longLines()
+{
+    QFETCH(QString, text);
+    QFETCH(int, currentLineChars);
+    QTEST(TransferFigures::breakLongLines(text, currentLineChars, 4), "expected");
 }
 
 QTEST_GUILESS_MAIN(TestTcpOutputOption)
