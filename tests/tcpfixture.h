@@ -11,13 +11,8 @@
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 
-#include <QFile>
 #include <QTcpServer>
-#include <QTemporaryDir>
-#include <QThread>
 #include <QtTest>
-
-#include <memory>
 
 constexpr int kTransferTimeoutMs = 20000;
 
@@ -53,7 +48,6 @@ class TcpFixture
 public:
     void start()
     {
-        QVERIFY(dir.isValid());
         logOpen(dir.filePath(QStringLiteral("MavixUtility.log")), LOG_DBG);
         reports = std::make_unique<ReportCollector>();
         model = std::make_unique<AppModel>();
@@ -70,8 +64,6 @@ public:
     // must find nothing to complain about.
     void stop()
     {
-        if (QTest::currentTestFailed())
-            qInfo("log of the failed case:\n%s", log().constData());
         port->setStuck(false);
         if (worker->recvStatus() == TS_RUN)
             worker->stopReceiving();
@@ -92,9 +84,7 @@ public:
         reports.reset();
         logClose();
         QVERIFY2(idle, "the worker did not stop");
-        QCOMPARE(TCPThread::instance(), nullptr);
-        QCOMPARE(logCount("[ ERR] Invalid"), 0);
-        QCOMPARE(logCount("socket is not null"), 0);
+        QCOMPARE(logCount("[ ERR] Invalid") + logCount("socket is not null"), 0);
         QFile::remove(dir.filePath(QStringLiteral("MavixUtility.log")));
     }
 
@@ -106,11 +96,10 @@ public:
         return file.fileName();
     }
 
-    [[nodiscard]] QByteArray log() const
+    [[nodiscard]] int logCount(const QByteArray &line) const
     {
-        return readFile(dir.filePath(QStringLiteral("MavixUtility.log")));
+        return int(readFile(dir.filePath(QStringLiteral("MavixUtility.log"))).count(line));
     }
-    [[nodiscard]] int logCount(const QByteArray &line) const { return int(log().count(line)); }
 
     QTemporaryDir dir;
     std::unique_ptr<ReportCollector> reports;
