@@ -8,7 +8,6 @@
 #include "app/log.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
-#include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 
 #include <QTcpServer>
@@ -28,19 +27,15 @@ template <typename T> T cell(const char *column)
     return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
 }
 
+// 0: a loopback port that was free a moment ago and is closed again, so a connect is refused.
 inline void pointWorkerAt(quint16 port)
 {
+    QTcpServer server;
     MavixSetting target;
     target.ipAddress = QStringLiteral("127.0.0.1");
-    target.tcpDataPort = port;
+    target.tcpDataPort =
+        port || !server.listen(QHostAddress::LocalHost) ? port : server.serverPort();
     MavixSetting::setCurrent(target);
-}
-
-// A loopback port that was free a moment ago and is closed again: a connect to it is refused.
-inline quint16 closedPort()
-{
-    QTcpServer server;
-    return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
 }
 
 class TcpFixture
@@ -48,16 +43,14 @@ class TcpFixture
 public:
     void start()
     {
-        logOpen(dir.filePath(QStringLiteral("MavixUtility.log")), LOG_DBG);
+        logOpen(dir.filePath("MavixUtility.log"), LOG_DBG);
         reports = std::make_unique<ReportCollector>();
         model = std::make_unique<AppModel>();
-        thread = std::make_unique<QThread>();
-        thread->start();
-        worker = new TCPThread(thread.get());
+        thread.start();
+        worker = new TCPThread(&thread);
         port = std::make_unique<SimDataPort>();
-        const quint16 number = port->start(QHostAddress::LocalHost, 0);
-        QVERIFY2(number != 0, qPrintable(port->errorString()));
-        pointWorkerAt(number);
+        pointWorkerAt(port->start(QHostAddress::LocalHost, 0));
+        QVERIFY(MavixSetting::current().tcpDataPort == port->port());
     }
 
     // Both directions stopped and the connection closed before the worker goes; its destructor
@@ -69,42 +62,36 @@ public:
             worker->stopReceiving();
         if (worker->sendStatus() == TS_RUN)
             worker->stopSending();
-        const bool idle = QTest::qWaitFor(
-            [this] {
-                return worker->recvStatus() == TS_STOP && worker->sendStatus() == TS_STOP &&
-                       !worker->hasSocket();
-            },
-            kTransferTimeoutMs);
-        thread->quit();
-        thread->wait();
+        const bool idle = QTest::qWaitFor([this] {
+            return !worker->hasSocket() && worker->recvStatus() + worker->sendStatus() == TS_STOP;
+        });
+        thread.quit();
+        thread.wait();
         QCoreApplication::sendPostedEvents(); // what the worker queued, not into the next test
         delete worker;
-        port.reset();
-        model.reset();
-        reports.reset();
+        port.reset(), model.reset(), reports.reset();
         logClose();
         QVERIFY2(idle, "the worker did not stop");
         QCOMPARE(logCount("[ ERR] Invalid") + logCount("socket is not null"), 0);
-        QFile::remove(dir.filePath(QStringLiteral("MavixUtility.log")));
+        QFile::remove(dir.filePath("MavixUtility.log"));
     }
 
-    [[nodiscard]] QString file(const QString &name, const QByteArray &bytes)
+    QString file(const QString &name, const QByteArray &bytes)
     {
         QFile file(dir.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+                   ? file.fileName()
+                   : QString();
     }
-
-    [[nodiscard]] int logCount(const QByteArray &line) const
+    int logCount(const QByteArray &line) const
     {
-        return int(readFile(dir.filePath(QStringLiteral("MavixUtility.log"))).count(line));
+        return int(readFile(dir.filePath("MavixUtility.log")).count(line));
     }
 
     QTemporaryDir dir;
     std::unique_ptr<ReportCollector> reports;
     std::unique_ptr<AppModel> model;
-    std::unique_ptr<QThread> thread;
+    QThread thread;
     TCPThread *worker = nullptr;
     std::unique_ptr<SimDataPort> port;
 };

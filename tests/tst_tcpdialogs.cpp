@@ -134,16 +134,16 @@ void TestTcpDialogs::failureShownInsideDialog()
     QFETCH(bool, sending);
     QFETCH(QString, file);
     QFETCH(QString, reason);
-    const quint16 refused = closedPort();
     const QString path = file.isEmpty() ? QString() : m_rig.dir.filePath(file);
     if (!sending && file.isEmpty())
-        pointWorkerAt(refused);
+        pointWorkerAt(0);
     sending ? m_rig.model->setSendFileName(path) : m_rig.model->setRecvFileName(path);
     QSignalSpy failed(m_tab, &TCPTab::connectFailed);
     QDialog *dialog = open(sending);
     click(dialog, sending ? "SendButton" : "RecvButton");
     if (reason.contains("%1"))
-        reason = reason.arg(file.isEmpty() ? QString::number(refused) : path);
+        reason = reason.arg(file.isEmpty() ? QString::number(MavixSetting::current().tcpDataPort)
+                                           : path);
     QTRY_COMPARE_WITH_TIMEOUT(text(dialog, "ErrorLabel"), reason, kTransferTimeoutMs);
     QTRY_VERIFY(enabled(dialog, sending ? "SendButton" : "RecvButton"));
     QCOMPARE(m_rig.reports->errors, QStringList{reason});
@@ -214,16 +214,14 @@ void TestTcpDialogs::stopOnStuckDeviceReportsLossOnce()
     QElapsedTimer timer;
     timer.start();
     click(dialog, "StopButton");
-    QVERIFY(QTest::qWaitFor([this] { return m_rig.logCount("reserve to close socket"); }, 5000));
-    QVERIFY2(timer.elapsed() < 100, qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(!enabled(dialog, "StopButton"));
+    QVERIFY(QTest::qWaitFor([this] { return m_rig.logCount("reserve to close socket"); }));
+    QVERIFY2(timer.elapsed() < 100 && !enabled(dialog, "StopButton"),
+             qPrintable(QString::number(timer.elapsed())));
     dialog->stopSend();
     QCOMPARE(m_rig.logCount("[ WRN] Invalid send status: TS_STOPPING"), 1);
-    QVERIFY2(m_rig.reports->errors.join('|').contains(
-                 QRegularExpression("^loss [1-9][0-9]* / 32000000 bytes \\([1-9][0-9.]*%\\)$")),
-             qPrintable(m_rig.reports->errors.join('|')));
     QTRY_VERIFY_WITH_TIMEOUT(enabled(dialog, "SendButton"), 3000); // still stuck
-    QCOMPARE(m_rig.reports->errors.size(), 1);
+    QVERIFY(m_rig.reports->errors.join('|').contains(
+        QRegularExpression("^loss [1-9][0-9]* / 32000000 bytes \\([1-9][0-9.]*%\\)$")));
     QVERIFY(m_rig.port->totals().bytes < 32000000);
 }
 

@@ -1,6 +1,5 @@
-// The output format and the transfer dialogs' figures: parsing the format, rendering bytes as hex
-// text across chunks, size, time and rate, the progress bar, the loss report, and where received
-// text may be cut.
+// The output format and the transfer dialogs' figures: the format, hex text across chunks, size,
+// time and rate, the progress bar and the loss report.
 #include "reportcollector.h"
 
 #include "tcp/tcpoutputoption.h"
@@ -21,8 +20,6 @@ private slots:
     void figures();
     void progressBarAndLoss_data();
     void progressBarAndLoss();
-    void utf8Boundary_data();
-    void utf8Boundary();
 };
 
 // Each row is applied over the format 2-2; a row without a number is refused and keeps 2-2.
@@ -168,24 +165,6 @@ void TestTcpOutputOption::progressBarAndLoss()
               .arg(bar.maximum)
               .arg(TransferFigures::lossText(sentSize, fileSize)),
           "shown");
-}
-
-// The longest prefix that ends on a character boundary, by the lead-byte rule.
-void TestTcpOutputOption::utf8Boundary_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<qsizetype>("complete");
-    QTest::addRow("lead byte alone is held") << QByteArray("x\xE3") << qsizetype(1);
-    QTest::addRow("four-byte char cut after three") << QByteArray("\xF0\x9F\x98") << qsizetype(0);
-    QTest::addRow("invalid byte is not held") << QByteArray("ab\xFF") << qsizetype(3);
-    QTest::addRow("stray continuation bytes pass")
-        << QByteArray("ab\x80\x80\x80\x80") << qsizetype(6);
-}
-
-void TestTcpOutputOption::utf8Boundary()
-{
-    QFETCH(QByteArray, bytes);
-    QTEST(TransferFigures::completeUtf8Length(bytes), "complete");
 }
 
 QTEST_GUILESS_MAIN(TestTcpOutputOption)
