@@ -43,7 +43,7 @@ class TcpFixture
 public:
     void start()
     {
-        logOpen(dir.filePath("MavixUtility.log"), LOG_DBG);
+        logOpen(log(), LOG_DBG);
         reports = std::make_unique<ReportCollector>();
         model = std::make_unique<AppModel>();
         thread.start();
@@ -73,7 +73,7 @@ public:
         logClose();
         QVERIFY2(idle, "the worker did not stop");
         QCOMPARE(logCount("[ ERR] Invalid") + logCount("socket is not null"), 0);
-        QFile::remove(dir.filePath("MavixUtility.log"));
+        QFile::remove(log());
     }
 
     QString file(const QString &name, const QByteArray &bytes)
@@ -83,10 +83,8 @@ public:
                    ? file.fileName()
                    : QString();
     }
-    int logCount(const QByteArray &line) const
-    {
-        return int(readFile(dir.filePath("MavixUtility.log")).count(line));
-    }
+    int logCount(const QByteArray &line) const { return int(readFile(log()).count(line)); }
+    QString log() const { return dir.filePath("MavixUtility.log"); }
 
     QTemporaryDir dir;
     std::unique_ptr<ReportCollector> reports;
