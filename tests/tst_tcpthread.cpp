@@ -131,7 +131,7 @@ void TestTcpThread::stuckDeviceTimesOutOnce()
     timer.start();
     beginStuckSend();
     QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("e1"), kTransferTimeoutMs);
-    QVERIFY(timer.elapsed() >= 300);
+    QVERIFY(timer.elapsed() >= 300 && timer.elapsed() < 5000);
     QTRY_COMPARE(m_rig.reports->errors, QStringList{"TCP write is timeout"});
     QVERIFY(m_runReports.contains("TCP write is timeout"));
     m_rig.port->setStuck(false); // lets the close finish
