@@ -540,6 +540,30 @@
         <source>File cannot open</source>
         <translation>ファイルを開けません</translation>
     </message>
+    <message>
+        <source>Save To is empty: received data will not be saved.</source>
+        <translation>保存先が空です: 受信データは保存されません。</translation>
+    </message>
+    <message>
+        <source>Send file is not chosen.</source>
+        <translation>送信ファイルが選ばれていません。</translation>
+    </message>
+    <message>
+        <source>it is a folder</source>
+        <translation>フォルダーです</translation>
+    </message>
+    <message>
+        <source>it cannot be written</source>
+        <translation>書き込みできません</translation>
+    </message>
+    <message>
+        <source>the folder %1 does not exist</source>
+        <translation>フォルダー %1 がありません</translation>
+    </message>
+    <message>
+        <source>no file can be made in %1</source>
+        <translation>%1 にファイルを作成できません</translation>
+    </message>
 </context>
 <context>
     <name>TCPRecvInfoDlg</name>
@@ -771,6 +795,42 @@ Dialog</source>
     <message>
         <source>Receive file cannot open</source>
         <translation>受信ファイルを開けません</translation>
+    </message>
+    <message>
+        <source>Nothing was saved (Save To is empty).</source>
+        <translation>何も保存されていません (保存先が空です)。</translation>
+    </message>
+    <message>
+        <source>%1 bytes were saved to %2.</source>
+        <translation>%1 バイトを %2 に保存しました。</translation>
+    </message>
+    <message>
+        <source>The device closed the connection.</source>
+        <translation>デバイスが接続を閉じました。</translation>
+    </message>
+    <message>
+        <source>no send file is chosen</source>
+        <translation>送信ファイルが選ばれていません</translation>
+    </message>
+    <message>
+        <source>Sending %1</source>
+        <translation>%1 を送信中</translation>
+    </message>
+    <message>
+        <source>Nothing is being saved: Save To is empty.</source>
+        <translation>保存していません: 保存先が空です。</translation>
+    </message>
+    <message>
+        <source>Saving to %1</source>
+        <translation>%1 に保存中</translation>
+    </message>
+    <message>
+        <source>Receive file cannot be written</source>
+        <translation>受信ファイルに書き込めません</translation>
+    </message>
+    <message>
+        <source>[%1 bytes skipped]</source>
+        <translation>[%1 バイトを省略]</translation>
     </message>
 </context>
 <context>
