@@ -52,6 +52,27 @@ std::optional<quint32> dottedQuad(const QString &text)
 
 } // namespace
 
+std::optional<quint32> parseDisconnectTimeoutMs(const QString &text)
+{
+    const auto value = parseUnsigned(text, 10, 16677125);
+    return value ? std::optional<quint32>(quint32(*value)) : std::nullopt;
+}
+
+std::optional<QByteArray> parseMACAddress(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(':'));
+    if (parts.size() != 6)
+        return std::nullopt;
+    QByteArray mac;
+    for (const QString &part : parts) {
+        const auto value = parseUnsigned(part, 16, 255);
+        if (!value)
+            return std::nullopt;
+        mac.append(char(*value));
+    }
+    return mac;
+}
+
 std::optional<quint16> parsePort(const QString &text)
 {
     const auto value = parseUnsigned(text, 10, 65535);
@@ -68,27 +89,6 @@ std::optional<quint32> parseHex32(const QString &text)
 {
     const auto value = parseUnsigned(text, 16, 0xFFFFFFFFu);
     return value ? std::optional<quint32>(quint32(*value)) : std::nullopt;
-}
-
-std::optional<quint32> parseDisconnectTimeout(const QString &text)
-{
-    const auto value = parseUnsigned(text, 10, 16677125);
-    return value ? std::optional<quint32>(quint32(*value)) : std::nullopt;
-}
-
-std::optional<std::array<quint8, 6>> parseMACAddress(const QString &text)
-{
-    const QStringList parts = text.split(QLatin1Char(':'));
-    std::array<quint8, 6> mac{};
-    if (parts.size() != int(mac.size()))
-        return std::nullopt;
-    for (int i = 0; i < parts.size(); ++i) {
-        const auto value = parseUnsigned(parts[i], 16, 255);
-        if (!value)
-            return std::nullopt;
-        mac[size_t(i)] = quint8(*value);
-    }
-    return mac;
 }
 
 AddressProblem checkDeviceAddress(const QString &text)

@@ -5,17 +5,15 @@
 #include <QHostAddress>
 #include <QString>
 
-#include <array>
 #include <optional>
 
 [[nodiscard]] std::optional<quint16> parsePort(const QString &text);  // decimal 0..65535
 [[nodiscard]] std::optional<quint8> parseByte(const QString &text);   // decimal 0..255
 [[nodiscard]] std::optional<quint32> parseHex32(const QString &text); // hex 0..FFFFFFFF
-// The disconnect time-out in milliseconds, decimal 0..16677125: the device keeps it in units of
-// 256 ms, and the upper limit is kept as the device's tools have always had it.
-[[nodiscard]] std::optional<quint32> parseDisconnectTimeout(const QString &text);
-// "FF:FF:FF:FF:FF:FF": exactly six parts split at ":", each a hexadecimal byte.
-[[nodiscard]] std::optional<std::array<quint8, 6>> parseMACAddress(const QString &text);
+// The device's disconnect time-out in ms, decimal 0..16677125 (it keeps it in 256 ms steps).
+[[nodiscard]] std::optional<quint32> parseDisconnectTimeoutMs(const QString &text);
+// A MAC address: six hexadecimal bytes joined by ':'.
+[[nodiscard]] std::optional<QByteArray> parseMACAddress(const QString &text);
 
 // Why an address is refused; the caller words the message.
 enum class AddressProblem { None, Malformed, Unspecified, Broadcast, Multicast };

@@ -34,10 +34,12 @@ CommandLine::CommandLine()
                    .arg(MavixSetting().tcpDataPort)
                    .arg(kTargetVariable),
                QStringLiteral("HOST[:UDP[:TCP]]")),
-      m_timeout(QStringLiteral("timeout"),
-                tr("Time-out of each register access in milliseconds (default %1).")
-                    .arg(WrenAgent::kAccessTimeoutMs),
-                QStringLiteral("MS")),
+      m_timeout(
+          QStringLiteral("timeout"),
+          tr("Time-out of each wait for the device in milliseconds: a register reply; on the data "
+             "port the connection, a write and the close (default %1).")
+              .arg(WrenAgent::kAccessTimeoutMs),
+          QStringLiteral("MS")),
       m_json(QStringLiteral("json"), tr("Print each result as one JSON object on a line.")),
       m_help(QStringList(QStringLiteral("h")) << QStringLiteral("help"),
              tr("Show this help; after a command, the command's help."))

@@ -116,8 +116,8 @@ int SettingsCommands::show(const CommandContext &context)
 }
 
 // KEY=VALUE pairs fill the Detail tab's fields, which start from the device's values: a key left
-// out keeps the device's value. Every field passes the Detail tab's checks, then the address and
-// ports the General tab's, with their messages.
+// out keeps the device's value. The address and ports pass the General tab's checks, then every
+// field the Detail tab's, with their messages.
 std::optional<MavixSetting> SettingsCommands::recordFrom(const CommandContext &context,
                                                          const MavixSetting &device)
 {
@@ -139,12 +139,11 @@ std::optional<MavixSetting> SettingsCommands::recordFrom(const CommandContext &c
             return std::nullopt;
         }
     }
-    const std::optional<MavixSetting> record = fields.toRecord(device);
-    if (!record ||
-        !MavixSetting::validateWriteFields(record->ipAddress, QString::number(record->tcpDataPort),
-                                           QString::number(record->udpPort), true))
+    // The General tab's checks first, for their precise words about the address and ports.
+    if (!MavixSetting::validateWriteFields(fields.ipAddress, fields.tcpDataPort, fields.udpPort,
+                                           true))
         return std::nullopt;
-    return record;
+    return fields.toRecord(device);
 }
 
 int SettingsCommands::set(const CommandContext &context)

@@ -7,6 +7,7 @@
 #include "cli/exitcode.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
+#include "wren/wrenagent.h"
 
 #include <QCommandLineParser>
 #include <QFile>
@@ -56,14 +57,16 @@ int TransferCommand::run()
     QThread thread;
     TCPThread worker(&thread);
     m_worker = &worker;
+    // --timeout shortens every wait for the device, on the data port too.
+    if (m_context.timeoutMs != WrenAgent::kAccessTimeoutMs)
+        worker.setTimeouts(m_context.timeoutMs, m_context.timeoutMs, m_context.timeoutMs);
     connect(&worker, &TCPThread::recvProgress, this, &TransferCommand::onRecvProgress);
     connect(&worker, &TCPThread::sendProgress, this, &TransferCommand::onSendProgress);
     connect(&worker, receiving() ? &TCPThread::recvStatusChanged : &TCPThread::sendStatusChanged,
             this, &TransferCommand::onStatusChanged);
 
     SignalWatcher termination;
-    connect(&termination, &SignalWatcher::signalReceived, this,
-            &TransferCommand::interrupt);
+    connect(&termination, &SignalWatcher::signalReceived, this, &TransferCommand::interrupt);
     QTimer progressTimer;
     if (m_context.console->showsProgress()) {
         connect(&progressTimer, &QTimer::timeout, this, &TransferCommand::showProgress);
@@ -115,10 +118,12 @@ bool TransferCommand::prepareFile(AppModel &model)
 {
     if (receiving()) {
         model.recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
-        return model.setRecvFileName(m_fileName);
+        model.setRecvFileName(m_fileName);
+        return model.checkRecvFile();
     }
     model.sendOption()->setShowData(false);
-    if (!model.setSendFileName(m_fileName))
+    model.setSendFileName(m_fileName);
+    if (!model.checkSendFile())
         return false;
     m_fileSize = QFile(m_fileName).size();
     return true;

@@ -4,6 +4,7 @@
 #include "app/validators.h"
 
 #include <QCoreApplication>
+#include <QHostAddress>
 
 namespace {
 
@@ -11,11 +12,10 @@ namespace {
 constexpr int kDisconnectUnitShift = 8;
 constexpr quint32 kDisconnectUnitMask = 0xFF;
 
-// The image holds a dotted IPv4 address; anything else could not be written as typed. Whether the
-// address suits a device is the write fields' check (MavixSetting::validateWriteFields).
+// The image holds an IPv4 address; anything else could not be written as typed.
 bool isIPv4Address(const QString &text)
 {
-    return checkDeviceAddress(text) != AddressProblem::Malformed;
+    return checkDeviceAddress(text) == AddressProblem::None;
 }
 
 QString number(quint32 value)
@@ -58,7 +58,7 @@ std::optional<MavixSetting> MavixSettingFields::toRecord(const MavixSetting &bas
     };
 
     if (isIPv4Address(ipAddress))
-        record.ipAddress = ipAddress;
+        record.ipAddress = QHostAddress(ipAddress).toString();
     else
         refuse(QT_TRANSLATE_NOOP("ExpertTab", "IP address is invalid"));
     take16(tcpDataPort, record.tcpDataPort,
@@ -78,7 +78,7 @@ std::optional<MavixSetting> MavixSettingFields::toRecord(const MavixSetting &bas
     take16(tcpTimeoutConnectingMs, record.tcpTimeoutConnectingMs,
            QT_TRANSLATE_NOOP("ExpertTab", "TimeOut(Connecting) must be 0 to 65535"));
 
-    const std::optional<quint32> disconnectMs = parseDisconnectTimeout(tcpTimeoutDisconnectMs);
+    const std::optional<quint32> disconnectMs = parseDisconnectTimeoutMs(tcpTimeoutDisconnectMs);
     if (!disconnectMs) {
         refuse(QT_TRANSLATE_NOOP("ExpertTab", "TimeOut(Disconnecting) must be 0 to 16677125"));
     } else {

@@ -70,10 +70,6 @@
         <translation>通信するデバイス (既定値 %1:%2:%3)。環境変数 %4 でも指定できます。</translation>
     </message>
     <message>
-        <source>Time-out of each register access in milliseconds (default %1).</source>
-        <translation>レジスタアクセスごとのタイムアウト (ミリ秒、既定値 %1)。</translation>
-    </message>
-    <message>
         <source>Print each result as one JSON object on a line.</source>
         <translation>結果を 1 行に 1 つの JSON オブジェクトで出力します。</translation>
     </message>
@@ -196,6 +192,10 @@
     <message>
         <source>--timeout must be a whole number of milliseconds from 1, not %1</source>
         <translation>--timeout には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+    <message>
+        <source>Time-out of each wait for the device in milliseconds: a register reply; on the data port the connection, a write and the close (default %1).</source>
+        <translation>デバイスを待つ時間の上限 (ミリ秒): レジスタの応答、データポートでは接続・書き込み・切断 (既定値 %1)。</translation>
     </message>
 </context>
 <context>
@@ -701,6 +701,30 @@
         <source>File cannot open</source>
         <translation>ファイルを開けません</translation>
     </message>
+    <message>
+        <source>Save To is empty: received data will not be saved.</source>
+        <translation>保存先が空です: 受信データは保存されません。</translation>
+    </message>
+    <message>
+        <source>Send file is not chosen.</source>
+        <translation>送信ファイルが選ばれていません。</translation>
+    </message>
+    <message>
+        <source>it is a folder</source>
+        <translation>フォルダーです</translation>
+    </message>
+    <message>
+        <source>it cannot be written</source>
+        <translation>書き込みできません</translation>
+    </message>
+    <message>
+        <source>the folder %1 does not exist</source>
+        <translation>フォルダー %1 がありません</translation>
+    </message>
+    <message>
+        <source>no file can be made in %1</source>
+        <translation>%1 にファイルを作成できません</translation>
+    </message>
 </context>
 <context>
     <name>TCPRecvInfoDlg</name>
@@ -932,6 +956,42 @@ Dialog</source>
     <message>
         <source>Receive file cannot open</source>
         <translation>受信ファイルを開けません</translation>
+    </message>
+    <message>
+        <source>Nothing was saved (Save To is empty).</source>
+        <translation>何も保存されていません (保存先が空です)。</translation>
+    </message>
+    <message>
+        <source>%1 bytes were saved to %2.</source>
+        <translation>%1 バイトを %2 に保存しました。</translation>
+    </message>
+    <message>
+        <source>The device closed the connection.</source>
+        <translation>デバイスが接続を閉じました。</translation>
+    </message>
+    <message>
+        <source>no send file is chosen</source>
+        <translation>送信ファイルが選ばれていません</translation>
+    </message>
+    <message>
+        <source>Sending %1</source>
+        <translation>%1 を送信中</translation>
+    </message>
+    <message>
+        <source>Nothing is being saved: Save To is empty.</source>
+        <translation>保存していません: 保存先が空です。</translation>
+    </message>
+    <message>
+        <source>Saving to %1</source>
+        <translation>%1 に保存中</translation>
+    </message>
+    <message>
+        <source>Receive file cannot be written</source>
+        <translation>受信ファイルに書き込めません</translation>
+    </message>
+    <message>
+        <source>[%1 bytes skipped]</source>
+        <translation>[%1 バイトを省略]</translation>
     </message>
 </context>
 <context>
