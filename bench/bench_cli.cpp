@@ -49,9 +49,10 @@ public:
         while (!m_process.canReadLine() && clock.elapsed() < kStartTimeoutMs &&
                m_process.state() != QProcess::NotRunning)
             m_process.waitForReadyRead(100);
+        static const QRegularExpression portLine(
+            QStringLiteral(R"(udp 127\.0\.0\.1:(\d+) tcp 127\.0\.0\.1:(\d+))"));
         const QRegularExpressionMatch ports =
-            QRegularExpression(QStringLiteral(R"(udp 127\.0\.0\.1:(\d+) tcp 127\.0\.0\.1:(\d+))"))
-                .match(QString::fromUtf8(m_process.readLine()));
+            portLine.match(QString::fromUtf8(m_process.readLine()));
         m_target = QStringLiteral("127.0.0.1:%1:%2").arg(ports.captured(1), ports.captured(2));
         m_tcpPort = ports.captured(2);
         return ports.hasMatch();

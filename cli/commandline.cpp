@@ -15,7 +15,7 @@
 
 namespace {
 
-const QString kTargetVariable = QStringLiteral("MAVIX_TARGET");
+constexpr char kTargetVariable[] = "MAVIX_TARGET";
 
 int runTransfer(const CommandContext &context, TransferCommand::Direction direction)
 {
@@ -32,7 +32,7 @@ CommandLine::CommandLine()
                    .arg(MavixSetting().ipAddress)
                    .arg(MavixSetting().udpPort)
                    .arg(MavixSetting().tcpDataPort)
-                   .arg(kTargetVariable),
+                   .arg(QLatin1String(kTargetVariable)),
                QStringLiteral("HOST[:UDP[:TCP]]")),
       m_timeout(
           QStringLiteral("timeout"),
@@ -229,7 +229,7 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
     console.setJson(global.isSet(m_json) || parser.isSet(m_json));
     QString target = globalValue(QStringLiteral("target"), global, parser);
     if (target.isEmpty())
-        target = qEnvironmentVariable(qPrintable(kTargetVariable));
+        target = qEnvironmentVariable(kTargetVariable);
     if (!applyTarget(target))
         return ExitCode::kRefusedInput;
 
