@@ -67,22 +67,20 @@ private:
 
 void TestGeneralTab::readTable_data()
 {
+    // clang-format off
     QTest::addColumn<bool>("eeprom");
     QTest::addColumn<QString>("faults"); // "port 0": the request cannot be sent
     QTest::addColumn<QString>("error");  // empty: the read succeeds
     QTest::addRow("running copy") << false << ""
                                   << "";
-    QTest::addRow("EEPROM copy") << true << ""
-                                 << "";
-    QTest::addRow("silent device") << false << "drop"
-                                   << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("bus error") << true << "bus-error"
-                               << "WREN Recv, Bus Error occured";
-    QTest::addRow("wrong VerType") << false << "wrong-vertype"
-                                   << "WREN Recv, VerType does is invalid";
+    QTest::addRow("EEPROM copy") << true << "" << "";
+    QTest::addRow("silent device") << false << "drop" << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("bus error") << true << "bus-error" << "WREN Recv, Bus Error occured";
+    QTest::addRow("wrong VerType") << false << "wrong-vertype" << "WREN Recv, VerType does is invalid";
     QTest::addRow("request not sent") << false << "port 0"
                                       << "Response to reading Mavix Setting is timeout (The "
                                          "request could not be sent: no target UDP port is set)";
+    // clang-format on
 }
 
 void TestGeneralTab::readTable()
@@ -122,21 +120,17 @@ void TestGeneralTab::readTable()
 
 void TestGeneralTab::writeStepFails_data()
 {
+    // clang-format off
     QTest::addColumn<bool>("eeprom");
     QTest::addColumn<QString>("faults"); // "drop:N": no reply to the N-th access
     QTest::addColumn<int>("accesses");   // nothing is tried after the failed step
     QTest::addColumn<QString>("error");
-    QTest::addRow("reading the image times out")
-        << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("obtaining EEPROM permission times out")
-        << true << "drop:2" << 2
-        << "Response to obtaining permisssion to write in EEPROM is timeout";
-    QTest::addRow("writing the image times out")
-        << false << "drop:3" << 3 << "Response to writing Mavix Setting is timeout";
-    QTest::addRow("releasing EEPROM permission times out")
-        << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
-    QTest::addRow("bus error on the permission byte")
-        << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
+    QTest::addRow("reading the image times out") << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("obtaining EEPROM permission times out") << true << "drop:2" << 2 << "Response to obtaining permisssion to write in EEPROM is timeout";
+    QTest::addRow("writing the image times out") << false << "drop:3" << 3 << "Response to writing Mavix Setting is timeout";
+    QTest::addRow("releasing EEPROM permission times out") << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
+    QTest::addRow("bus error on the permission byte") << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
+    // clang-format on
 }
 
 void TestGeneralTab::writeStepFails()

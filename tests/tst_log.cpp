@@ -25,14 +25,12 @@ private:
     {
         return m_dir.filePath(name);
     }
-    QByteArray content(const QString &name = QStringLiteral("MavixUtility.log")) const
+    // The file's lines, or "missing".
+    QList<QByteArray> lines(const QString &name = QStringLiteral("MavixUtility.log")) const
     {
         QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
-    }
-    QList<QByteArray> lines() const
-    {
-        QList<QByteArray> result = content().split('\n');
+        QList<QByteArray> result = file.open(QIODevice::ReadOnly) ? file.readAll().split('\n')
+                                                                  : QList<QByteArray>{"missing"};
         result.removeAll(QByteArray());
         return result;
     }
@@ -60,10 +58,11 @@ void tst_Log::threshold()
     QTEST(logEnabled(level), "written");
     logWrite(level, "INFO", "x.cpp", 1, QStringLiteral("hello"));
     logClose();
-    QTEST(content().endsWith("hello\n"), "written");
+    QTEST(lines().value(0).endsWith("hello"), "written");
 }
 
-// Everything after the time stamp, with the thread field replaced by "T".
+// Everything after the time stamp, with the thread field ("0x" and lower-case hexadecimal,
+// right-aligned in 8) replaced by "T".
 void tst_Log::lineFormat_data()
 {
     QTest::addColumn<QByteArray>("file");
@@ -71,20 +70,12 @@ void tst_Log::lineFormat_data()
     QTest::addColumn<QByteArray>("word");
     QTest::addColumn<QString>("message");
     QTest::addColumn<QByteArray>("written");
-    QTest::addRow("8-character file")
-        << QByteArray("main.cpp") << 79u << QByteArray("INFO") << "Application start."
-        << QByteArray("                 main.cpp:  79 T [INFO] "
-                      "Application start.");
-    QTest::addRow("25-character file")
-        << QByteArray("abcdefghijklmnopqrstu.cpp") << 1u << QByteArray("ERR") << "x"
-        << QByteArray("abcdefghijklmnopqrstu.cpp:   1 T [ ERR] x");
-    QTest::addRow("longer file, 5-digit line")
-        << QByteArray("a_rather_long_source_file_name.cpp") << 12345u << QByteArray("<") << "y"
-        << QByteArray("a_rather_long_source_file_name.cpp:12345 T [   <] y");
-    QTest::addRow("non-ASCII message")
-        << QByteArray("log.cpp") << 5u << QByteArray("WRN") << QStringLiteral("受信 µs ✓")
-        << QByteArray("                  log.cpp:   5 T [ WRN] \xe5\x8f\x97\xe4\xbf\xa1 \xc2\xb5s "
-                      "\xe2\x9c\x93");
+    // clang-format off
+    QTest::addRow("8-character file") << QByteArray("main.cpp") << 79u << QByteArray("INFO") << "Application start." << QByteArray("                 main.cpp:  79 T [INFO] Application start.");
+    QTest::addRow("25-character file") << QByteArray("abcdefghijklmnopqrstu.cpp") << 1u << QByteArray("ERR") << "x" << QByteArray("abcdefghijklmnopqrstu.cpp:   1 T [ ERR] x");
+    QTest::addRow("longer file, 5-digit line") << QByteArray("a_rather_long_source_file_name.cpp") << 12345u << QByteArray("<") << "y" << QByteArray("a_rather_long_source_file_name.cpp:12345 T [   <] y");
+    QTest::addRow("non-ASCII message") << QByteArray("log.cpp") << 5u << QByteArray("WRN") << QStringLiteral("受信 µs ✓") << QByteArray("                  log.cpp:   5 T [ WRN] \xe5\x8f\x97\xe4\xbf\xa1 \xc2\xb5s \xe2\x9c\x93");
+    // clang-format on
 }
 
 void tst_Log::lineFormat()
@@ -98,15 +89,12 @@ void tst_Log::lineFormat()
     logWrite(LOG_ERR, word.constData(), file.constData(), line, message);
     logClose();
     const QByteArray text = lines().value(0);
-    const QRegularExpression stamp(QStringLiteral(R"(^\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} )"));
-    QVERIFY2(stamp.match(QString::fromLatin1(text)).hasMatch(), text.constData());
-    // The thread: "0x" and lower-case hexadecimal, right-aligned in 8.
-    const QRegularExpression thread(QStringLiteral(R"( ( *0x[0-9a-f]+) \[)"));
-    const QRegularExpressionMatch match = thread.match(QString::fromLatin1(text.mid(24)));
-    QVERIFY(match.hasMatch() && match.capturedLength(1) >= 8);
-    QByteArray rest = text.mid(24);
-    rest.replace(match.capturedStart(1), match.capturedLength(1), "T");
-    QTEST(rest, "written");
+    static const QRegularExpression stamp(
+        QStringLiteral(R"(^\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} .*?: *\d+ ( *0x[0-9a-f]+) \[)"));
+    const QRegularExpressionMatch match = stamp.match(QString::fromLatin1(text));
+    QVERIFY2(match.hasMatch() && match.capturedLength(1) >= 8, text.constData());
+    QTEST(text.mid(24).replace(match.capturedStart(1) - 24, match.capturedLength(1), "T"),
+          "written");
 }
 
 void tst_Log::printfMessageIsCutAt8191Bytes()
@@ -114,7 +102,7 @@ void tst_Log::printfMessageIsCutAt8191Bytes()
     QVERIFY(logOpen(path(QStringLiteral("cut.log")), 0));
     logWriteF(LOG_INFO, "INFO", "x.cpp", 1, "%s", QByteArray(9000, 'x').constData());
     logClose();
-    const QByteArray line = content(QStringLiteral("cut.log")).trimmed();
+    const QByteArray line = lines(QStringLiteral("cut.log")).value(0);
     QCOMPARE(line.size() - line.indexOf("] ") - 2, 8191);
 }
 
@@ -150,8 +138,8 @@ void tst_Log::rotationAtOpening()
     QVERIFY(logOpen(path(name), 0));
     logClose();
     QCOMPARE(QFileInfo(path(numbered(1))).size(), rotatedSize < 0 ? 1 : rotatedSize);
-    QCOMPARE(content(numbered(10)), QByteArray(rotatedSize < 0 ? "10" : "9"));
-    QCOMPARE(content(numbered(11)), QByteArray("missing"));
+    QCOMPARE(lines(numbered(10)), QList<QByteArray>{rotatedSize < 0 ? "10" : "9"});
+    QCOMPARE(lines(numbered(11)), QList<QByteArray>{"missing"});
     QCOMPARE(QFileInfo(path(name)).size(), rotatedSize < 0 ? size + 2 : 0);
 }
 
@@ -163,14 +151,11 @@ void tst_Log::nestedTraceBlocks()
         TraceBlock inner("trace.cpp", 11, "inner", LOG_INFO);
     }
     logClose();
-    QList<QByteArray> written = content(QStringLiteral("trace.log")).split('\n');
-    written.removeAll(QByteArray());
-    QCOMPARE(written.size(), 4);
-    // The first blocks ever made in this process.
-    QVERIFY(written[0].endsWith("[BLCK] outer -> 1"));
-    QVERIFY(written[1].endsWith("[BLCK] inner -> 2"));
-    QVERIFY(written[2].endsWith("[   <]     <- 2 (1)"));
-    QVERIFY(written[3].endsWith("[   <]     <- 1"));
+    QStringList ends; // of the first blocks ever made in this process
+    for (const QByteArray &line : lines(QStringLiteral("trace.log")))
+        ends << QString::fromLatin1(line.mid(line.indexOf(" [")));
+    QCOMPARE(ends, (QStringList{" [BLCK] outer -> 1", " [BLCK] inner -> 2", " [   <]     <- 2 (1)",
+                                " [   <]     <- 1"}));
 }
 
 QTEST_GUILESS_MAIN(tst_Log)

@@ -40,34 +40,23 @@ void TestLogoView::states_data()
 {
     QTest::addColumn<QString>("steps");
     QTest::addColumn<QString>("state");
-    QTest::addRow("new view") << ""
-                              << "0 openEye 0";
-    QTest::addRow("blink start") << "start"
-                                 << "2 openEye 100";
-    QTest::addRow("tick 3") << "start 3"
-                            << "2 openEye 100";
-    QTest::addRow("tick 4") << "start 4"
-                            << "2 halfEye 100";
-    QTest::addRow("tick 5") << "start 5"
-                            << "2 closeEye 100";
-    QTest::addRow("tick 6") << "start 6"
-                            << "2 closeEye 100";
-    QTest::addRow("tick 7") << "start 7"
-                            << "2 upEye 100";
-    QTest::addRow("tick 10") << "start 10"
-                             << "2 upEye 100";
-    QTest::addRow("tick 11") << "start 11"
-                             << "2 openEye 100";
-    QTest::addRow("tick 12 rests open") << "start 12"
-                                        << "0 openEye 0";
-    QTest::addRow("failure shuts") << "close"
-                                   << "1 closeEye 0";
-    QTest::addRow("success after failure") << "close start"
-                                           << "2 openEye 100";
-    QTest::addRow("failure mid-blink") << "start 8 close"
-                                       << "1 closeEye 0";
-    QTest::addRow("restart during a blink") << "start 9 start 4"
-                                            << "2 halfEye 100";
+    const auto row = [](const char *name, const char *steps, const char *state) {
+        QTest::addRow("%s", name) << QString(steps) << QString(state);
+    };
+    row("new view", "", "0 openEye 0");
+    row("blink start", "start", "2 openEye 100");
+    row("tick 3", "start 3", "2 openEye 100");
+    row("tick 4", "start 4", "2 halfEye 100");
+    row("tick 5", "start 5", "2 closeEye 100");
+    row("tick 6", "start 6", "2 closeEye 100");
+    row("tick 7", "start 7", "2 upEye 100");
+    row("tick 10", "start 10", "2 upEye 100");
+    row("tick 11", "start 11", "2 openEye 100");
+    row("tick 12 rests open", "start 12", "0 openEye 0");
+    row("failure shuts", "close", "1 closeEye 0");
+    row("success after failure", "close start", "2 openEye 100");
+    row("failure mid-blink", "start 8 close", "1 closeEye 0");
+    row("restart during a blink", "start 9 start 4", "2 halfEye 100");
 }
 
 void TestLogoView::states()

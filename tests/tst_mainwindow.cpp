@@ -49,29 +49,23 @@ void tst_MainWindow::messageArea_data()
 {
     QTest::addColumn<bool>("error");
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("shown");
     QTest::addColumn<QString>("colour");
-    QTest::addRow("result in blue") << false << "UDP read successed"
-                                    << " | UDP read successed"
-                                    << "#0000c0";
-    QTest::addRow("error in red with prefix") << true << "UDP read is timeout"
-                                              << " | Error:UDP read is timeout"
-                                              << "#ff0000";
-    QTest::addRow("markup kept as text") << false << "<b>bold</b> & <img src=x>"
-                                         << " | <b>bold</b> & <img src=x>"
-                                         << "#0000c0";
-    QTest::addRow("error markup kept as text") << true << "-target:<i>x</i> is ignored"
-                                               << " | Error:-target:<i>x</i> is ignored"
-                                               << "#ff0000";
+    const auto row = [](const char *name, bool error, const char *text, const char *colour) {
+        QTest::addRow("%s", name) << error << QString(text) << QString(colour);
+    };
+    row("result in blue", false, "UDP read successed", "#0000c0");
+    row("error in red with prefix", true, "UDP read is timeout", "#ff0000");
+    row("markup kept as text", false, "<b>bold</b> & <img src=x>", "#0000c0");
+    row("error markup kept as text", true, "-target:<i>x</i> is ignored", "#ff0000");
 }
 
 void tst_MainWindow::messageArea()
 {
     QFETCH(bool, error);
     QFETCH(QString, text);
-    QFETCH(QString, shown);
     QFETCH(QString, colour);
     error ? reportError(text) : reportResult(text);
+    const QString shown = (error ? " | Error:" : " | ") + text;
     const QString plain = area()->toPlainText();
     const QRegularExpression entry(QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)") +
                                    QRegularExpression::escape(shown) + QLatin1Char('$'));
@@ -85,8 +79,7 @@ void tst_MainWindow::newestEntryIsScrolledIntoView()
     for (int i = 0; i < 100; ++i)
         reportResult(QStringLiteral("entry %1").arg(i));
     QScrollBar *bar = area()->verticalScrollBar();
-    QVERIFY(bar->maximum() > 0);
-    QCOMPARE(bar->value(), bar->maximum());
+    QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
 }
 
 void tst_MainWindow::presetTarget_data()
@@ -94,20 +87,17 @@ void tst_MainWindow::presetTarget_data()
     QTest::addColumn<QString>("preset");
     QTest::addColumn<QString>("fields"); // IP, UDP and TCP fields afterwards
     QTest::addColumn<bool>("reported");
-    QTest::addRow("all parts") << "127.0.0.2:5000:6000"
-                               << "127.0.0.2 5000 6000" << false;
-    QTest::addRow("host only keeps the ports") << "127.0.0.3"
-                                               << "127.0.0.3 4660 24" << false;
-    QTest::addRow("IPv6 loopback") << "[::1]:5000"
-                                   << "::1 5000 24" << false;
-    QTest::addRow("bad host") << "300.0.0.1:5000"
-                              << "192.168.10.16 4660 24" << true;
-    QTest::addRow("leading zeros") << "127.000.0.1"
-                                   << "192.168.10.16 4660 24" << true;
-    QTest::addRow("one number") << "0"
-                                << "192.168.10.16 4660 24" << true;
-    QTest::addRow("bad port") << "127.0.0.1:70000"
-                              << "192.168.10.16 4660 24" << true;
+    const auto row = [](const char *name, const char *preset, const char *fields) {
+        const bool bad = !fields;
+        QTest::addRow("%s", name) << QString(preset)
+                                  << QString(bad ? "192.168.10.16 4660 24" : fields) << bad;
+    };
+    row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
+    row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
+    row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
+    row("bad host", "300.0.0.1:5000", nullptr);
+    row("leading zeros", "127.000.0.1", nullptr);
+    row("bad port", "127.0.0.1:70000", nullptr);
 }
 
 void tst_MainWindow::presetTarget()

@@ -37,20 +37,19 @@ private slots:
 // The decoded record in short: IP, UDP, TCP, MAC, keep-alive, disconnect time-out in ms.
 void TestMavixSetting::decode_data()
 {
+    // clang-format off
     QTest::addColumn<QByteArray>("image");
     QTest::addColumn<QString>("decoded");
     QByteArray flags = factoryImage();
     flags[16] = 0x05;
-    QTest::addRow("keep-alive beside another bit")
-        << flags << "192.168.10.16 4660 24 02:00:C0:A8:00:10 1 2880000";
+    QTest::addRow("keep-alive beside another bit") << flags << "192.168.10.16 4660 24 02:00:C0:A8:00:10 1 2880000";
     QByteArray high = factoryImage() + "xx"; // bytes past 64 are ignored
     high.replace(18, 26,
                  QByteArray::fromHex("FFEEDDCCBBAA FFFFFFFF FFFF FFFF FFFF 0000 "
                                      "000000000000 0003"));
-    QTest::addRow("big-endian, all ones")
-        << high << "255.255.255.255 0 65535 FF:EE:DD:CC:BB:AA 0 768";
-    QTest::addRow("63 bytes: unchanged")
-        << factoryImage().left(63) << "1.2.3.4 4660 24 02:00:C0:A8:00:10 0 2880000";
+    QTest::addRow("big-endian, all ones") << high << "255.255.255.255 0 65535 FF:EE:DD:CC:BB:AA 0 768";
+    QTest::addRow("63 bytes: unchanged") << factoryImage().left(63) << "1.2.3.4 4660 24 02:00:C0:A8:00:10 0 2880000";
+    // clang-format on
 }
 
 void TestMavixSetting::decode()

@@ -86,19 +86,18 @@ void TestServerTab::cleanup()
 
 void TestServerTab::replies_data()
 {
+    // clang-format off
     QTest::addColumn<QStringList>("faults");
     QTest::addColumn<QByteArrayList>("segments");
     QTest::addColumn<QByteArrayList>("replies");
-    const auto row = [](const char *name, const QByteArrayList &segments,
-                        const QByteArrayList &replies, const QStringList &faults = {}) {
+    const auto row = [](const char *name, const QByteArrayList &segments, const QByteArrayList &replies, const QStringList &faults = {}) {
         QTest::addRow("%s", name) << faults << segments << replies;
     };
     row("read 10 4", {"read 10 4\r\n"}, {kDump10});
     row("0x prefix", {"read 0x10 4\n"}, {kDump10});
     row("leading zeros, blanks", {"read  0010   4\r"}, {kDump10});
     row("low 32 bits of address", {"read 100000010 4\r\n"}, {kDump10});
-    row("17 bytes, two lines", {"read 0 17\r\n"},
-        {"OK:\r\n00 : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 \r\n10 : 01 \r\n" + P});
+    row("17 bytes, two lines", {"read 0 17\r\n"}, {"OK:\r\n00 : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 \r\n10 : 01 \r\n" + P});
     row("last byte of the space", {"read FFFFFFFF 1\r\n"}, {"OK:\r\nFFFFFFFF : 00 \r\n" + P});
     row("past the last byte", {"read FFFFFFFF 2\r\n"}, {kInvalidRead});
     row("length 0", {"read 0 0\r\n"}, {kInvalidRead});
@@ -107,22 +106,15 @@ void TestServerTab::replies_data()
     row("dump into a file, file written back", // the file holds the dump text: "10 : ..."
         {"read 10 4 " + dumpFile + "\r\n", "write 3000 " + dumpFile + "\r\n", "read 3000 4\r\n"},
         {kDump10, "", "OK:\r\n3000 : 31 30 20 3A \r\n" + P});
-    row("dump file cannot be made", {"read 10 4 /nonexistent/dir/x\r\n"},
-        {"NG:\r\nread command can not open the file" + P});
-    row("write is silent", {"write 1000 DEADBEEF\r\n", "read 1000 4\r\n"},
-        {"", "OK:\r\n1000 : DE AD BE EF \r\n" + P});
-    row("odd digit ignored", {"write 2001 012\r\n", "read 2000 3\r\n"},
-        {"", "OK:\r\n2000 : 00 01 00 \r\n" + P});
-    row("end at FFFF0000", {"write FFFEFFFE 0102\r\n", "read FFFEFFFE 2\r\n"},
-        {"", "OK:\r\nFFFEFFFE : 01 02 \r\n" + P});
+    row("dump file cannot be made", {"read 10 4 /nonexistent/dir/x\r\n"}, {"NG:\r\nread command can not open the file" + P});
+    row("write is silent", {"write 1000 DEADBEEF\r\n", "read 1000 4\r\n"}, {"", "OK:\r\n1000 : DE AD BE EF \r\n" + P});
+    row("odd digit ignored", {"write 2001 012\r\n", "read 2000 3\r\n"}, {"", "OK:\r\n2000 : 00 01 00 \r\n" + P});
+    row("end at FFFF0000", {"write FFFEFFFE 0102\r\n", "read FFFEFFFE 2\r\n"}, {"", "OK:\r\nFFFEFFFE : 01 02 \r\n" + P});
     row("end past FFFF0000", {"write FFFEFFFF 0102\r\n"}, {kInvalidWrite});
     row("256 bytes", {"write 0 " + QByteArray(512, 'A') + "\r\n"}, {kInvalidWrite});
     row("address not hex", {"write zz 12\r\n"}, {kInvalidWrite});
     row("no such file", {"write 0 nosuchfile\r\n"}, {kInvalidWrite});
-    row("help", {"help\r\n"},
-        {"OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>"
-         "\r\nhelp [command]\r\nquit" +
-         P});
+    row("help", {"help\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>" "\r\nhelp [command]\r\nquit" + P});
     row("help read", {"help read\r\n"},
         {"OK:\r\nread <address> <length> [filename]\r\nThis command is used to read the register "
          "of the Mavix device.\r\n<address> : register address of the device(00000000 - "
@@ -136,10 +128,7 @@ void TestServerTab::replies_data()
          "has a data to be written\r\n*note | This command can accsess ONLY 00000000 to "
          "FFFF0000" +
          P});
-    row("help help", {"help help\r\n"},
-        {"OK:\r\nhelp [command]\r\nThis command returns the explain of commands.\r\n[command] : "
-         "name of command" +
-         P});
+    row("help help", {"help help\r\n"}, {"OK:\r\nhelp [command]\r\nThis command returns the explain of commands.\r\n[command] : " "name of command" + P});
     row("help quit", {"help quit\r\n"}, {"OK:\r\nquit\r\nDisconnect the server" + P});
     row("help foo", {"help foo\r\n"}, {"NG:invalid help command" + P});
     row("help read extra", {"help read extra\r\n"}, {"NG:invalid help command" + P});
@@ -147,25 +136,18 @@ void TestServerTab::replies_data()
     row("empty line", {"\r\n"}, {kUnknown});
     row("quit with blanks", {"quit   \r\n"}, {"Bye-Bye!\r\n"});
     row("QUIT", {"QUIT\r\n"}, {kUnknown});
-    row("typed one key at a time", {"r", "e", "a", "d", " ", "1", "0", " ", "4", "\r\n"},
-        {"", "", "", "", "", "", "", "", "", kDump10});
-    row("CR and LF apart", {"help quit\r", "\n"},
-        {"OK:\r\nquit\r\nDisconnect the server" + P, kUnknown});
+    row("typed one key at a time", {"r", "e", "a", "d", " ", "1", "0", " ", "4", "\r\n"}, {"", "", "", "", "", "", "", "", "", kDump10});
+    row("CR and LF apart", {"help quit\r", "\n"}, {"OK:\r\nquit\r\nDisconnect the server" + P, kUnknown});
     row("two lines in one segment", {"help\r\nhelp\r\n"}, {kUnknown});
-    row("line past 64 KiB", {QByteArray(65537, 'a'), "rest\r\n", "read 10 4\r\n"},
-        {kUnknown, "", kDump10});
+    row("line past 64 KiB", {QByteArray(65537, 'a'), "rest\r\n", "read 10 4\r\n"}, {kUnknown, "", kDump10});
     row("read, no reply", {"read 10 4\r\n"}, {"NG:Mavix device timeout" + P}, {"drop"});
-    row("read, bad reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P},
-        {"wrong-vertype"});
-    row("read, short reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P},
-        {"short"});
-    row("read, bus error", {"read 10 4\r\n"}, {"NG:Mavix device reply bus error" + P},
-        {"bus-error"});
-    row("write, no reply", {"write 0 01\r\n"}, {"NG:Server mode, write command is timeout" + P},
-        {"drop"});
-    row("write, bus error", {"write 0 01\r\n"}, {"NG: Mavix device reply bus error" + P},
-        {"bus-error"});
+    row("read, bad reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P}, {"wrong-vertype"});
+    row("read, short reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P}, {"short"});
+    row("read, bus error", {"read 10 4\r\n"}, {"NG:Mavix device reply bus error" + P}, {"bus-error"});
+    row("write, no reply", {"write 0 01\r\n"}, {"NG:Server mode, write command is timeout" + P}, {"drop"});
+    row("write, bus error", {"write 0 01\r\n"}, {"NG: Mavix device reply bus error" + P}, {"bus-error"});
     row("write, bad reply", {"write 0 01\r\n"}, {"NG:Mavix device won't reply" + P}, {"wrong-vertype"});
+    // clang-format on
 }
 
 void TestServerTab::replies()

@@ -23,22 +23,20 @@ private slots:
 // without a number is refused and keeps 2-2.
 void TestTcpOutputOption::renders_data()
 {
+    // clang-format off
     QTest::addColumn<QString>("format");
     QTest::addColumn<QByteArray>("hex");
     QTest::addColumn<QByteArray>("text"); // empty: refused
     QTest::addRow("default, a line and a part without trailing blank")
         << TCPOutputOption::defaultFormat() << QByteArray("000102030405060708090a0b0c0d0e0fabcd")
         << QByteArray("00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F\r\nAB CD");
-    QTest::addRow("ten is a number")
-        << "10" << QByteArray("00112233445566778899aa") << QByteArray("00112233445566778899\r\nAA");
-    QTest::addRow("leading zero is literal")
-        << "01" << QByteArray("7a48") << QByteArray("07A\r\n048\r\n");
-    QTest::addRow("literals around and between columns")
-        << "[3] 1-2;" << QByteArray("aabbccddeeff0102") << QByteArray("[AABBCC] DD-EEFF;\r\n[0102");
-    QTest::addRow("non-ASCII separator")
-        << "1\u00b71" << QByteArray("7a48") << QByteArray("7A\u00b748\r\n");
+    QTest::addRow("ten is a number") << "10" << QByteArray("00112233445566778899aa") << QByteArray("00112233445566778899\r\nAA");
+    QTest::addRow("leading zero is literal") << "01" << QByteArray("7a48") << QByteArray("07A\r\n048\r\n");
+    QTest::addRow("literals around and between columns") << "[3] 1-2;" << QByteArray("aabbccddeeff0102") << QByteArray("[AABBCC] DD-EEFF;\r\n[0102");
+    QTest::addRow("non-ASCII separator") << "1\u00b71" << QByteArray("7a48") << QByteArray("7A\u00b748\r\n");
     QTest::addRow("refused: two zeros are literals") << "0 0" << QByteArray() << QByteArray();
     QTest::addRow("refused: empty") << "" << QByteArray() << QByteArray();
+    // clang-format on
 }
 
 void TestTcpOutputOption::renders()

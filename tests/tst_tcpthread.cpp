@@ -78,6 +78,7 @@ void TestTcpThread::beginStuckSend()
 // The device gets the file's bytes (hex text converted); the display shows up to 64 KiB.
 void TestTcpThread::sendsFile_data()
 {
+    // clang-format off
     QTest::addColumn<QByteArray>("file");
     QTest::addColumn<bool>("hexFile");
     QTest::addColumn<QString>("shownFormat"); // empty: Show Data off
@@ -87,12 +88,10 @@ void TestTcpThread::sendsFile_data()
     QTest::addRow("3 MiB and a byte") << large << false << "" << large << " 0";
     QTest::addRow("empty file") << QByteArray() << false << "" << QByteArray() << " 0";
     QTest::addRow("shown up to 64 KiB") << large << false << "2-2" << large << "5A5A-5A5A 65536";
-    QTest::addRow("shown with a non-ASCII separator")
-        << QByteArray("zH!") << false << "1\u00b71" << QByteArray("zH!") << "7A\u00b748 3";
-    QTest::addRow("hex text: CR LF lines, mixed case, separators")
-        << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
-    QTest::addRow("hex text: junk and a lone nibble")
-        << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
+    QTest::addRow("shown with a non-ASCII separator") << QByteArray("zH!") << false << "1\u00b71" << QByteArray("zH!") << "7A\u00b748 3";
+    QTest::addRow("hex text: CR LF lines, mixed case, separators") << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
+    QTest::addRow("hex text: junk and a lone nibble") << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
+    // clang-format on
 }
 
 void TestTcpThread::sendsFile()
@@ -143,6 +142,7 @@ void TestTcpThread::stuckDeviceTimesOutOnce()
 // A finite stream ends with the device closing; a paced one kept open, or an echo, with a stop.
 void TestTcpThread::receives_data()
 {
+    // clang-format off
     QTest::addColumn<QString>("peer");
     QTest::addColumn<qint64>("size");
     QTest::addColumn<QString>("file");
@@ -150,16 +150,13 @@ void TestTcpThread::receives_data()
     QTest::addColumn<QByteArray>("display");
     QTest::addColumn<QString>("result");
     const QString closed = "The device closed the connection. ", none;
-    QTest::addRow("raw file, 3 MiB and a bit")
-        << "source" << qint64(3145851) << "r" << 0 << QByteArray()
-        << closed + "3145851 bytes were saved to %1.";
+    QTest::addRow("raw file, 3 MiB and a bit") << "source" << qint64(3145851) << "r" << 0 << QByteArray() << closed + "3145851 bytes were saved to %1.";
     QTest::addRow("display keeps the newest 4095 bytes")
         << "source" << qint64(10000) << none << 1 << QByteArray("\n[5905 bytes skipped]\n")
         << closed + "Nothing was saved (Save To is empty).";
-    QTest::addRow("a file at 1 MB/s, kept open")
-        << "paced" << qint64(300000) << "r" << 0 << QByteArray() << none;
-    QTest::addRow("bytes waiting at start")
-        << "echo" << qint64(5) << "r" << 1 << QByteArray("hello") << none;
+    QTest::addRow("a file at 1 MB/s, kept open") << "paced" << qint64(300000) << "r" << 0 << QByteArray() << none;
+    QTest::addRow("bytes waiting at start") << "echo" << qint64(5) << "r" << 1 << QByteArray("hello") << none;
+    // clang-format on
 }
 
 void TestTcpThread::receives()
@@ -241,16 +238,15 @@ void TestTcpThread::receiveIntoFullDiskStopsWithIntactPrefix()
 // Each request is refused with a warning and changes nothing; `running`: a stuck send runs.
 void TestTcpThread::refusesWhatTheStatusForbids_data()
 {
+    // clang-format off
     QTest::addColumn<bool>("running");
     QTest::addColumn<QString>("request");
     QTest::addColumn<QString>("warning");
     const QString close = "closeSocket";
-    QTest::addRow("begin twice") << true << QString("beginSendThread")
-                                 << "Invalid send status: TS_RUN";
-    QTest::addRow("close while sending")
-        << true << close
-        << "tcp send is running. so cancel to close socket: send[TS_RUN] recv[TS_STOP]";
+    QTest::addRow("begin twice") << true << QString("beginSendThread") << "Invalid send status: TS_RUN";
+    QTest::addRow("close while sending") << true << close << "tcp send is running. so cancel to close socket: send[TS_RUN] recv[TS_STOP]";
     QTest::addRow("close without a socket") << false << close << "already socket closed";
+    // clang-format on
 }
 
 void TestTcpThread::refusesWhatTheStatusForbids()

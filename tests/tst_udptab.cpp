@@ -43,6 +43,7 @@ private:
 
 void TestUDPTab::accessRules_data()
 {
+    // clang-format off
     QTest::addColumn<bool>("write");
     QTest::addColumn<bool>("expert");
     QTest::addColumn<QString>("faults"); // of the emulator; "port 0": the request is not sent
@@ -53,8 +54,7 @@ void TestUDPTab::accessRules_data()
     const auto row = [](const char *name, bool write, bool expert, const char *faults,
                         const char *address, const char *length, const char *data,
                         const QString &result) {
-        QTest::addRow("%s", name) << write << expert << faults << address << length << data
-                                  << result;
+        QTest::addRow("%s", name) << write << expert << faults << address << length << data << result;
     };
     const char *pastEnd = "Accessible range is 0x0 to 0xffffffff";
     const char *top = "Writing in domain after 0xFFFF0000 is not permitted";
@@ -62,34 +62,27 @@ void TestUDPTab::accessRules_data()
     const char *notHex = "Written data is specified in hex number with a space";
     const bool w = true;
     const bool x = true;
-    row("read 255 bytes ending at the last address", !w, !x, "", "FFFFFF00", "255", "",
-        "read ffffff00 255");
+    row("read 255 bytes ending at the last address", !w, !x, "", "FFFFFF00", "255", "", "read ffffff00 255");
     row("read 255 bytes one past the end", !w, x, "", "FFFFFF01", "255", "", pastEnd);
-    row("nine-digit address", !w, !x, "", "100000000", "4", "",
-        "Set register address 8 character hex number");
+    row("nine-digit address", !w, !x, "", "100000000", "4", "", "Set register address 8 character hex number");
     row("length 256", w, !x, "", "0", "256", "", "Data length must be 0 to 255");
-    row("write 1 byte below the protected top", w, !x, "", "FFFEFFFF", "1", "5A",
-        "write fffeffff 1 [5a]");
+    row("write 1 byte below the protected top", w, !x, "", "FFFEFFFF", "1", "5A", "write fffeffff 1 [5a]");
     row("write 1 byte at 0xFFFF0000", w, !x, "", "FFFF0000", "1", "5A", top);
     row("write 2 bytes reaching 0xFFFF0000", w, !x, "", "FFFEFFFF", "2", "5A 5A", top);
-    row("expert: write 1 byte at the last address", w, x, "", "FFFFFFFF", "1", "5A",
-        "write ffffffff 1 [5a]");
+    row("expert: write 1 byte at the last address", w, x, "", "FFFFFFFF", "1", "5A", "write ffffffff 1 [5a]");
     row("expert: write 2 bytes at the last address", w, x, "", "FFFFFFFF", "2", "5A 5A", end);
     row("write 0 bytes at 0x10", w, !x, "", "10", "0", "", end);
     row("write 0 bytes at 0", w, !x, "", "0", "0", "", "write 00000000 0 []");
     row("two lines", w, !x, "", "1000", "3", "01 02\n03", "write 00001000 3 [010203]");
-    row("a line as printed with its address", w, !x, "", "1000", "3", "00000010 : 01 02 03",
-        "write 00001000 3 [010203]");
-    row("one and two digits, either case", w, !x, "", "1000", "3", "0a A fF",
-        "write 00001000 3 [0a0aff]");
+    row("a line as printed with its address", w, !x, "", "1000", "3", "00000010 : 01 02 03", "write 00001000 3 [010203]");
+    row("one and two digits, either case", w, !x, "", "1000", "3", "0a A fF", "write 00001000 3 [0a0aff]");
     row("three digits", w, !x, "", "1000", "1", "100", notHex);
     row("a colon stuck to the address", w, !x, "", "1000", "1", "00000010: 01", notHex);
-    row("fewer bytes than the length", w, !x, "", "1000", "3", "01 02",
-        "Written data length does not match");
+    row("fewer bytes than the length", w, !x, "", "1000", "3", "01 02", "Written data length does not match");
     row("silent device on a write", w, !x, "drop", "1000", "2", "12 34", "UDP writing is timeout");
     row("short reply", !w, !x, "short", "1000", "2", "12 34", "WREN Recv, lack of data packet");
-    row("read not sent", !w, !x, "port 0", "1000", "2", "12 34",
-        "UDP read is timeout (The request could not be sent: Unable to send a message)");
+    row("read not sent", !w, !x, "port 0", "1000", "2", "12 34", "UDP read is timeout (The request could not be sent: Unable to send a message)");
+    // clang-format on
 }
 
 void TestUDPTab::accessRules()
@@ -127,17 +120,14 @@ void TestUDPTab::accessRules()
 
 void TestUDPTab::dump_data()
 {
+    // clang-format off
     QTest::addColumn<bool>("showAddress");
     QTest::addColumn<QString>("length");
     QTest::addColumn<QString>("text");
-    QTest::addRow("18 bytes with addresses")
-        << true << "18"
-        << "00000010 : 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F \n00000020 : 20 21 \n";
-    QTest::addRow("18 bytes without")
-        << false << "18"
-        << "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F \n20 21 \n";
-    QTest::addRow("nothing read empties the area") << true << "0"
-                                                   << "";
+    QTest::addRow("18 bytes with addresses") << true << "18" << "00000010 : 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F \n00000020 : 20 21 \n";
+    QTest::addRow("18 bytes without") << false << "18" << "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F \n20 21 \n";
+    QTest::addRow("nothing read empties the area") << true << "0" << "";
+    // clang-format on
 }
 
 void TestUDPTab::dump()
@@ -163,18 +153,14 @@ void TestUDPTab::dump()
 
 void TestUDPTab::typedTextIsSentAsTyped_data()
 {
+    // clang-format off
     QTest::addColumn<QString>("combo");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("access");
-    QTest::addRow("address 1 with 1000 in the history") << "UDPRegisterAddressCombobox"
-                                                        << "1"
-                                                        << "read 00000001 1";
-    QTest::addRow("address FFFF with FFFFFF00 in the history") << "UDPRegisterAddressCombobox"
-                                                               << "FFFF"
-                                                               << "read 0000ffff 1";
-    QTest::addRow("length 2 with 255 in the list") << "UDPDataLengthCombobox"
-                                                   << "2"
-                                                   << "read 00000000 2";
+    QTest::addRow("address 1 with 1000 in the history") << "UDPRegisterAddressCombobox" << "1" << "read 00000001 1";
+    QTest::addRow("address FFFF with FFFFFF00 in the history") << "UDPRegisterAddressCombobox" << "FFFF" << "read 0000ffff 1";
+    QTest::addRow("length 2 with 255 in the list") << "UDPDataLengthCombobox" << "2" << "read 00000000 2";
+    // clang-format on
 }
 
 void TestUDPTab::typedTextIsSentAsTyped()

@@ -144,6 +144,7 @@ private:
 
 void TestWrenAgent::replyTable_data()
 {
+    // clang-format off
     QTest::addColumn<QString>("script"); // what comes back to the first access
     QTest::addColumn<bool>("isRead");
     QTest::addColumn<int>("code"); // -1: the data comes back
@@ -157,10 +158,8 @@ void TestWrenAgent::replyTable_data()
     const QString length = QStringLiteral("WREN Recv, length does not match the request");
     const QString rw = QStringLiteral("WREN Recv, invalid R/W flag");
     const QString bus = QStringLiteral("WREN Recv, Bus Error occured");
-    const QString foreign =
-        QStringLiteral("WREN Recv, datagram from 127.0.0.1 port %1 is not from the target");
-    const auto row = [](const char *name, const QString &script, bool isRead, int code,
-                        const QStringList &logged, const QString &reason, const char *signal) {
+    const QString foreign = QStringLiteral("WREN Recv, datagram from 127.0.0.1 port %1 is not from the target");
+    const auto row = [](const char *name, const QString &script, bool isRead, int code, const QStringList &logged, const QString &reason, const char *signal) {
         QTest::addRow("%s", name) << script << isRead << code << logged << reason << signal;
     };
     const bool read = true;
@@ -168,30 +167,24 @@ void TestWrenAgent::replyTable_data()
     row("good write", "good", !read, -1, {}, "", "");
     row("no reply to a write: nothing logged", "", !read, 0, {}, "", "");
     row("no reply to a read", "", read, 0, {kReadTimeout}, "", "");
-    row("read not sent", "port0", read, 0, {"WREN send, fail to send read command packet"},
-        "The request could not be sent: Unable to send a message", "");
-    row("write not sent", "port0", !read, 0, {"WREN send, fail to send write command packet"},
-        "The request could not be sent: Unable to send a message", "");
+    row("read not sent", "port0", read, 0, {"WREN send, fail to send read command packet"}, "The request could not be sent: Unable to send a message", "");
+    row("write not sent", "port0", !read, 0, {"WREN send, fail to send write command packet"}, "The request could not be sent: Unable to send a message", "");
     row("device port with nothing listening", "closed", read, 0, {kReadTimeout}, "", "");
     row("read reply short", "short", read, 2, {lack}, lack, "read");
     row("reply of length 0 to a read of 4", "len0", read, 1, {length}, length, "read");
     row("acknowledge clear", "noack", !read, 1, {noAck}, noAck, "write");
     row("bus error on a read", "bus", read, 3, {bus}, bus, "read");
-    for (const char *value : {"00", "EF", "FE", "7F", "F0", "0F"})
-        row(value, QStringLiteral("ver:%1").arg(value), read, 1, {verType}, verType, "read");
-    row("duplicated reply: the copy is dropped by the next access", "good good", read, -1,
-        {kWrongId}, "", "");
+    for (const char *value : {"00", "EF", "FE", "7F", "F0", "0F"}) row(value, QStringLiteral("ver:%1").arg(value), read, 1, {verType}, verType, "read");
+    row("duplicated reply: the copy is dropped by the next access", "good good", read, -1, {kWrongId}, "", "");
     row("late reply to an earlier request first", "id+1 good", !read, -1, {kWrongId}, "", "");
     row("reply from another port first", "other good", read, -1, {foreign}, "", "");
     row("reply with the other R/W bit first", "rw good", !read, -1, {rw}, "", "");
-    row("reply for another address first", "addr+1 good", read, -1,
-        {"WREN Recv, address does not match"}, "", "");
-    row("runt datagram first", "runt good", read, -1,
-        {"WREN Recv, datagram too short for a header"}, "", "");
-    row("only a reply from another port", "other", read, 0, {foreign, kReadTimeout},
-        "1 datagram(s) discarded: " + foreign, "");
+    row("reply for another address first", "addr+1 good", read, -1, {"WREN Recv, address does not match"}, "", "");
+    row("runt datagram first", "runt good", read, -1, {"WREN Recv, datagram too short for a header"}, "", "");
+    row("only a reply from another port", "other", read, 0, {foreign, kReadTimeout}, "1 datagram(s) discarded: " + foreign, "");
     row("only foreign replies: counted, each reason once", "id+1 rw id+1", !read, 0,
         {kWrongId, rw, kWrongId}, "3 datagram(s) discarded: " + kWrongId + "; " + rw, "");
+    // clang-format on
 }
 
 void TestWrenAgent::replyTable()
