@@ -1,17 +1,42 @@
-// The main window as a user meets it, built the way the program builds it. The target is always a
-// loopback address: nothing here presses Read or Write.
+// The main window as a user meets it, built the way the program builds it, with its eye and its
+// About dialog. The target is always a loopback address: nothing here presses Read or Write.
 #include "app/appcontext.h"
 #include "app/report.h"
 #include "settings/mavixsetting.h"
+#include "ui/aboutdialog.h"
 #include "ui/logoview.h"
 #include "ui/mainwindow.h"
 
+#include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
+
+namespace {
+
+// Plays steps on the view: "start", "close" and "open" call its slots, a number moves the blink
+// on by that many ticks.
+void play(LogoView &view, const QString &steps)
+{
+    for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (step == u"start")
+            view.StartAnimation();
+        else if (step == u"close")
+            view.CloseEye();
+        else if (step == u"open")
+            view.OpenEye();
+        else
+            for (int tick = step.toInt(); tick > 0; --tick)
+                view.forwardAnimation();
+    }
+}
+
+} // namespace
 
 class tst_MainWindow : public QObject
 {
@@ -19,7 +44,12 @@ class tst_MainWindow : public QObject
 
 private slots:
     void init() { build(QStringLiteral("127.0.0.1:4660:24")); }
-    void cleanup() { m_context.reset(); }
+    void cleanup()
+    {
+        m_context.reset();
+        if (!QFile::remove(m_versionPath))
+            QDir().rmdir(m_versionPath);
+    }
     void messageArea_data();
     void messageArea();
     void newestEntryIsScrolledIntoView();
@@ -28,6 +58,38 @@ private slots:
     void tabChangeReappliesTarget();
     void hiddenShortcutStartsBlink();
     void logoFollowsWindowHeight();
+    void states_data();
+    void states();
+    // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
+    void productText_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("version");
+        QTest::addRow("no file") << QByteArray("missing") << "";
+        QTest::addRow("folder") << QByteArray("folder") << "";
+        QTest::addRow("name blank version")
+            << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
+        QTest::addRow("upper-case name glued") << QByteArray("MAVIX UTILITY2.0") << "2.0";
+        QTest::addRow("trimmed") << QByteArray("  \tMavix Utility   3.4 beta \t\r\n") << "3.4 beta";
+        QTest::addRow("another name kept") << QByteArray("Mavix Tool 1.0\n") << "Mavix Tool 1.0";
+    }
+    // Each row writes the file anew and opens a new dialog: the file is read at each opening.
+    void productText()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, version);
+        QFile file(m_versionPath);
+        if (content == "folder")
+            QVERIFY(QDir().mkdir(m_versionPath));
+        else if (content != "missing")
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        const QString name = "<p><span style=\"font-size: 20px\">Mavix Utility";
+        QCOMPARE(AboutDialog().findChild<QLabel *>("software_name_vesion")->text(),
+                 version.isEmpty()
+                     ? name + "</span></p>"
+                     : name + " </span><span style=\"font-size: 13px\">" + version + "</span></p>");
+    }
 
 private:
     MainWindow *window() const { return m_context->mainWindow(); }
@@ -42,6 +104,8 @@ private:
         m_context = std::make_unique<AppContext>(false, false, 0, true, nullptr, presetTarget);
     }
     std::unique_ptr<AppContext> m_context;
+    // The About dialog reads version.txt beside the program; the test has a folder of its own.
+    const QString m_versionPath = QCoreApplication::applicationDirPath() + "/version.txt";
 };
 
 // Text from the command line or a device is shown as typed: markup stays visible text.
@@ -146,6 +210,43 @@ void tst_MainWindow::logoFollowsWindowHeight()
     QTRY_COMPARE(logo->size(), QSize(108, 108));
     window()->resize(1000, 2000);
     QTRY_COMPARE(logo->size(), QSize(144, 144));
+}
+
+// Mode, picture, and the blink timer's interval while it runs (0: stopped).
+void tst_MainWindow::states_data()
+{
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<QString>("state");
+    const auto row = [](const char *name, const char *steps, const char *state) {
+        QTest::addRow("%s", name) << QString(steps) << QString(state);
+    };
+    row("new view", "", "0 openEye 0");
+    row("blink start", "start", "2 openEye 100");
+    row("tick 3", "start 3", "2 openEye 100");
+    row("tick 4", "start 4", "2 halfEye 100");
+    row("tick 5", "start 5", "2 closeEye 100");
+    row("tick 6", "start 6", "2 closeEye 100");
+    row("tick 7", "start 7", "2 upEye 100");
+    row("tick 10", "start 10", "2 upEye 100");
+    row("tick 11", "start 11", "2 openEye 100");
+    row("tick 12 rests open", "start 12", "0 openEye 0");
+    row("failure shuts", "close", "1 closeEye 0");
+    row("success after failure", "close start", "2 openEye 100");
+    row("failure mid-blink", "start 8 close", "1 closeEye 0");
+    row("restart during a blink", "start 9 start 4", "2 halfEye 100");
+}
+
+void tst_MainWindow::states()
+{
+    QFETCH(QString, steps);
+    LogoView view;
+    play(view, steps);
+    const QTimer *timer = view.findChild<QTimer *>();
+    QTEST(QStringLiteral("%1 %2 %3")
+              .arg(int(view.mode()))
+              .arg(view.chosenImageName())
+              .arg(timer->isActive() ? timer->interval() : 0),
+          "state");
 }
 
 QTEST_MAIN(tst_MainWindow)

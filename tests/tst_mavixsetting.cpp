@@ -1,5 +1,7 @@
 // The settings record: image decoding and encoding, the text report and the checks of a typed
-// target or written address with their messages.
+// target or written address with their messages; the one set of rules for typed device fields
+// (ports, bytes, register addresses and addresses) underneath.
+#include "app/validators.h"
 #include "reportcollector.h"
 #include "settings/mavixsetting.h"
 
@@ -32,6 +34,10 @@ private slots:
     void textReportOfFactoryValues();
     void checks_data();
     void checks();
+    void numbers_data();
+    void numbers();
+    void addresses_data();
+    void addresses();
 };
 
 // The decoded record in short: IP, UDP, TCP, MAC, keep-alive, disconnect time-out in ms.
@@ -139,9 +145,6 @@ void TestMavixSetting::checks_data()
     };
     row("127.0.0.1", "24", "", "");
     row("::1", "0", "", "ip");
-    row("192.168.010.016", "24", "ip", "ip");
-    row("0", "24", "ip", "ip");
-    row("4294967295", "24", "ip", "ip");
     row("224.0.0.1", "24", "ip", "ip");
     row("0.0.0.0", "24", "any", "any");
     row("255.255.255.255", "24", "all", "all");
@@ -174,6 +177,68 @@ void TestMavixSetting::checks()
     QCOMPARE(MavixSetting::validateWriteFields(ip, port, port, true),
              messages(asWritten).isEmpty());
     QCOMPARE(reports.errors, messages(asWritten));
+}
+
+// "rule text value": "port", "byte" or "hex32", the text, and the value taken (-1: refused).
+void TestMavixSetting::numbers_data()
+{
+    QTest::addColumn<QString>("rule");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<qint64>("value");
+    // clang-format off
+    for (const char *row : {"port 0 0", "port 65535 65535", "port 65536 -1", "port 4294967296 -1",
+                            "port -1 -1", "port +80 -1", "port  -1", "port 1a -1", "port 0x50 -1",
+                            "port 1e3 -1", "byte 255 255", "byte 256 -1", "byte ff -1",
+                            "hex32 1a 26", "hex32 FFFFFFFF 4294967295", "hex32 100000000 -1", "hex32 12G4 -1"})
+        QTest::addRow("%s", row) << QString(row).section(' ', 0, 0) << QString(row).section(' ', 1, 1)
+                                 << QString(row).section(' ', 2).toLongLong();
+    // clang-format on
+}
+
+void TestMavixSetting::numbers()
+{
+    QFETCH(QString, rule);
+    QFETCH(QString, text);
+    const auto widen = [](const auto &parsed) { return parsed ? qint64(*parsed) : qint64(-1); };
+    const qint64 value = rule == u"port"   ? widen(parsePort(text))
+                         : rule == u"byte" ? widen(parseByte(text))
+                                           : widen(parseHex32(text));
+    QTEST(value, "value");
+}
+
+// How each text fares as an address written into the device image and as a target to talk to.
+void TestMavixSetting::addresses_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<AddressProblem>("asDevice");
+    QTest::addColumn<AddressProblem>("asTarget");
+    QTest::addColumn<qint64>("written"); // what the image would hold, -1: nothing
+    using P = AddressProblem;
+    QTest::addRow("dotted") << "192.168.10.16" << P::None << P::None << qint64(0xC0A80A10);
+    QTest::addRow("loopback") << "127.0.0.1" << P::None << P::None << qint64(0x7F000001);
+    QTest::addRow("leading zeros") << "192.168.010.016" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("octet 256") << "256.1.1.1" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("three parts") << "10.1.1" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("one number") << "0" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("32-bit number") << "4294967295" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("name") << "device" << P::Malformed << P::Malformed << -1ll;
+    QTest::addRow("any") << "0.0.0.0" << P::Unspecified << P::Unspecified << -1ll;
+    QTest::addRow("broadcast") << "255.255.255.255" << P::Broadcast << P::Broadcast << -1ll;
+    QTest::addRow("multicast low") << "224.0.0.1" << P::Multicast << P::Multicast << -1ll;
+    QTest::addRow("multicast high") << "239.255.255.255" << P::Multicast << P::Multicast << -1ll;
+    QTest::addRow("above multicast") << "240.0.0.1" << P::None << P::None << qint64(0xF0000001);
+    QTest::addRow("IPv6 loopback") << "::1" << P::Malformed << P::None << -1ll;
+    QTest::addRow("IPv6 any") << "::" << P::Malformed << P::Unspecified << -1ll;
+    QTest::addRow("IPv6 multicast") << "ff02::1" << P::Malformed << P::Multicast << -1ll;
+}
+
+void TestMavixSetting::addresses()
+{
+    QFETCH(QString, text);
+    QTEST(checkDeviceAddress(text), "asDevice");
+    QTEST(checkTargetAddress(text), "asTarget");
+    const std::optional<quint32> value = parseDeviceAddress(text);
+    QTEST(value ? qint64(*value) : qint64(-1), "written");
 }
 
 QTEST_GUILESS_MAIN(TestMavixSetting)

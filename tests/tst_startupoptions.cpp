@@ -22,32 +22,20 @@ private slots:
     void targetParts();
 };
 
-// The arguments, and what they give: "warnings expert server port logging threshold".
+// What the arguments give: "warnings expert server port logging threshold|arguments".
 void tst_StartupOptions::grammar_data()
 {
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("options");
-    const auto row = [](const char *arguments, const char *options) {
-        QTest::addRow("%s", arguments)
-            << QString::fromLatin1(arguments) << QString::fromLatin1(options);
-    };
-    row("", "0 0 0 0 0 0");
-    row("-expert", "0 1 0 0 0 0");
-    row("--expert -Expert -lx -L", "0 0 0 0 0 0");
-    row("-uiport:", "1 0 0 0 0 0");
-    row("-uiport:70000", "1 0 0 0 0 0");
-    row("-uiport:0x50", "1 0 0 0 0 0");
-    row("-uiport:0", "0 0 1 0 0 0");
-    row("-uiport:65535", "0 0 1 65535 0 0");
-    row("-uiport:5000 -uiport:99999", "1 0 1 5000 0 0");
-    row("-uiport:5000 -uiport:6000", "0 0 1 6000 0 0");
-    row("-l", "0 0 0 0 1 0");
-    row("-l:30", "0 0 0 0 1 30");
-    row("-l:-1", "0 0 0 0 0 -1");
-    row("-l -l:-1", "0 0 0 0 1 -1");
-    row("-l:abc", "0 0 0 0 0 0");
-    row("-l:5 -l", "0 0 0 0 1 5");
-    row("-expert -uiport:2323 -l:20", "0 1 1 2323 1 20");
+    // clang-format off
+    for (const char *row : {"0 0 0 0 0 0|", "0 1 0 0 0 0|-expert", "0 0 0 0 0 0|--expert -Expert -lx -L",
+                            "1 0 0 0 0 0|-uiport:", "1 0 0 0 0 0|-uiport:70000", "1 0 0 0 0 0|-uiport:0x50",
+                            "0 0 1 0 0 0|-uiport:0", "0 0 1 65535 0 0|-uiport:65535",
+                            "1 0 1 5000 0 0|-uiport:5000 -uiport:99999", "0 0 1 6000 0 0|-uiport:5000 -uiport:6000",
+                            "0 0 0 0 1 0|-l", "0 0 0 0 1 30|-l:30", "0 0 0 0 0 -1|-l:-1", "0 0 0 0 1 -1|-l -l:-1",
+                            "0 0 0 0 0 0|-l:abc", "0 0 0 0 1 5|-l:5 -l", "0 1 1 2323 1 20|-expert -uiport:2323 -l:20"})
+        QTest::addRow("%s", QString(row).section('|', 1).toLatin1().constData()) << QString(row).section('|', 1) << QString(row).section('|', 0, 0);
+    // clang-format on
 }
 
 void tst_StartupOptions::grammar()
