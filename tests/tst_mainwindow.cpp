@@ -1,18 +1,23 @@
 // The main window as a user meets it, built the way the program builds it, with its eye and its
 // About dialog. The target is always a loopback address: nothing here presses Read or Write.
 #include "app/appcontext.h"
+#include "app/appmodel.h"
 #include "app/report.h"
 #include "settings/mavixsetting.h"
+#include "sim/simdataport.h"
+#include "tcp/tcpthread.h"
 #include "ui/aboutdialog.h"
 #include "ui/logoview.h"
 #include "ui/mainwindow.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
 #include <QTimer>
@@ -58,6 +63,7 @@ private slots:
     void tabChangeReappliesTarget();
     void hiddenShortcutStartsBlink();
     void logoFollowsWindowHeight();
+    void closingMidTransferEndsAtOnce();
     void states_data();
     void states();
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
@@ -247,6 +253,27 @@ void tst_MainWindow::states()
               .arg(view.chosenImageName())
               .arg(timer->isActive() ? timer->interval() : 0),
           "state");
+}
+
+// Closing the program while a send to a device that takes nothing runs: the send stops, the socket
+// is closed on the worker's thread, and the program ends at once.
+void tst_MainWindow::closingMidTransferEndsAtOnce()
+{
+    QCOMPARE(AppContext::kSocketCloseWaitMs, 10000); // the most closing may wait for the socket
+    QTemporaryDir dir;
+    SimDataPort port;
+    port.setStuck(true);
+    QVERIFY(port.start(QHostAddress::LocalHost, 0) != 0);
+    QFile file(dir.filePath("data.bin"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
+    build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
+    AppModel::currentSendOption()->setFileName(file.fileName());
+    m_context->worker()->beginSendThread();
+    QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
+    QElapsedTimer closing;
+    closing.start();
+    m_context.reset();
+    QVERIFY2(closing.elapsed() < 3000, QByteArray::number(closing.elapsed()));
 }
 
 QTEST_MAIN(tst_MainWindow)
