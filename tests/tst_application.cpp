@@ -1,9 +1,6 @@
 // The MavixUtility program itself, started as a process on the offscreen platform and ended by
 // SIGTERM as Ctrl+C would: the event loop ends normally and the closing sequence runs.
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 #include <csignal>
 

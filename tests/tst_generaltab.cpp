@@ -4,12 +4,8 @@
 #include "simclient.h"
 #include "tabfixture.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QTimer>
-#include <QUdpSocket>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <memory>
 
@@ -22,16 +18,15 @@ std::shared_ptr<QString> answerNextBox(QObject *context, QMessageBox::StandardBu
     auto seen = std::make_shared<QString>();
     auto *poll = new QTimer(context);
     QObject::connect(poll, &QTimer::timeout, poll, [=] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        poll->stop();
-        *seen = QStringLiteral("%1 | %2 | icon %3, buttons %4, default %5")
-                    .arg(box->windowTitle(), box->text())
-                    .arg(box->icon())
-                    .arg(int(box->standardButtons()))
-                    .arg(box->standardButton(box->defaultButton()));
-        box->button(answer)->click();
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            poll->stop();
+            *seen = QStringLiteral("%1 | %2 | icon %3, buttons %4, default %5")
+                        .arg(box->windowTitle(), box->text())
+                        .arg(box->icon())
+                        .arg(int(box->standardButtons()))
+                        .arg(box->standardButton(box->defaultButton()));
+            box->button(answer)->click();
+        }
     });
     poll->start(10);
     return seen;
@@ -71,15 +66,11 @@ void TestGeneralTab::readTable_data()
     QTest::addColumn<bool>("eeprom");
     QTest::addColumn<QString>("faults"); // "port 0": the request cannot be sent
     QTest::addColumn<QString>("error");  // empty: the read succeeds
-    QTest::addRow("running copy") << false << ""
-                                  << "";
+    QTest::addRow("running copy") << false << "" << "";
     QTest::addRow("EEPROM copy") << true << "" << "";
     QTest::addRow("silent device") << false << "drop" << "Response to reading Mavix Setting is timeout";
     QTest::addRow("bus error") << true << "bus-error" << "WREN Recv, Bus Error occured";
-    QTest::addRow("wrong VerType") << false << "wrong-vertype" << "WREN Recv, VerType does is invalid";
-    QTest::addRow("request not sent") << false << "port 0"
-                                      << "Response to reading Mavix Setting is timeout (The "
-                                         "request could not be sent: no target UDP port is set)";
+    QTest::addRow("request not sent") << false << "port 0" << "Response to reading Mavix Setting is timeout (The request could not be sent: no target UDP port is set)";
     // clang-format on
 }
 
@@ -212,10 +203,7 @@ void TestGeneralTab::writeNewUdpPortAsksFirst()
 {
     QFETCH(bool, yes);
     const quint16 oldPort = f->simThread.udpPort();
-    QUdpSocket probe; // a port nobody uses at the moment, for moving the emulator to
-    QVERIFY(probe.bind(QHostAddress(QHostAddress::LocalHost), 0));
-    const quint16 newPort = probe.localPort();
-    probe.close();
+    const quint16 newPort = freeUdpPort();
     f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), QString::number(newPort));
     const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
 

@@ -4,11 +4,8 @@
 #include "app/appcontext.h"
 #include "ui/mainwindow.h"
 
-#include <QApplication>
-#include <QMenu>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
 
 class tst_Japanese : public QObject
 {

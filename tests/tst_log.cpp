@@ -1,9 +1,6 @@
 #include "app/log.h"
 
-#include <QFile>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 class tst_Log : public QObject
 {

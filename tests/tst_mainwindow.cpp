@@ -10,17 +10,8 @@
 #include "ui/logoview.h"
 #include "ui/mainwindow.h"
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QLabel>
-#include <QLineEdit>
-#include <QRegularExpression>
-#include <QScrollBar>
-#include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTextEdit>
-#include <QTimer>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 
@@ -165,6 +156,7 @@ void tst_MainWindow::presetTarget_data()
     row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
     row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
     row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
+    row("empty UDP part", "127.0.0.1::6000", "127.0.0.1 4660 6000");
     row("bad host", "300.0.0.1:5000", nullptr);
     row("leading zeros", "127.000.0.1", nullptr);
     row("bad port", "127.0.0.1:70000", nullptr);

@@ -5,7 +5,7 @@
 #include "sim/simthread.h"
 #include "simclient.h"
 
-#include <QTest>
+#include <QtTest>
 
 namespace {
 constexpr quint32 kRunning = 0xFFFFFF00;
@@ -27,8 +27,7 @@ private slots:
     {
         sim()->setFaults(SimFaults());
         sim()->poke(kPermission, hex("FF"));
-        sim()->poke(kRunning, m_startImage);
-        sim()->poke(kEeprom, m_startImage);
+        sim()->poke(kRunning, m_startImage), sim()->poke(kEeprom, m_startImage);
     }
     void cleanupTestCase() { m_sim.stop(); }
     void settingsImageAtStart();
@@ -117,8 +116,6 @@ void TestMavixSim::datagrams_data()
 {
     QTest::addColumn<QByteArray>("datagram");
     QTest::addColumn<QByteArray>("reply"); // "none": ignored and counted
-    QTest::addRow("read") << hex("FFC0 07 04 00006000") << hex("FFC8 07 04 00006000 11223344");
-    QTest::addRow("write") << hex("FF80 08 02 00006100 ABCD") << hex("FF88 08 02 00006100 ABCD");
     QTest::addRow("write with extra bytes")
         << hex("FF80 09 02 00006100 ABCDEF") << hex("FF88 09 02 00006100 ABCD");
     QTest::addRow("read of length 0") << hex("FFC0 0A 00 00006000") << hex("FFC8 0A 00 00006000");
@@ -162,10 +159,7 @@ void TestMavixSim::udpPortMove()
     QVERIFY2(device.start(), qPrintable(device.errorString()));
     device.sim()->setFaults(faultsFrom({QStringLiteral("delay:%1").arg(delayMs)}));
     const quint16 oldPort = device.udpPort();
-    QUdpSocket probe; // finds a port nobody uses at the moment
-    QVERIFY(probe.bind(QHostAddress::LocalHost, 0));
-    const quint16 newPort = probe.localPort();
-    probe.close();
+    const quint16 newPort = freeUdpPort();
     RawClient client;
     QByteArray image = client.bytes(readRequest(kRunning, 64), oldPort).mid(8);
     qToBigEndian<quint16>(newPort, image.data() + 34);
@@ -229,7 +223,7 @@ void TestMavixSim::delayedRepliesAreCapped()
             flood.writeDatagram(readRequest(0x9000, 1), QHostAddress::LocalHost, port());
         QTRY_COMPARE(sim()->counters().requests - before.requests, quint64(sent + 100));
     }
-    QCOMPARE(sim()->counters().delayOverflow - before.delayOverflow, quint64(4200 - 4096));
+    QCOMPARE(sim()->counters().delayOverflow - before.delayOverflow, quint64(104)); // over 4096
     QCOMPARE(sim()->counters().repliesSent, before.repliesSent);
 }
 

@@ -2,14 +2,8 @@
 // signals, refused options, and a fair share for the data port and signals under a flood.
 #include "simclient.h"
 
-#include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QThread>
+#include <QtNetwork>
+#include <QtTest>
 
 #include <arpa/inet.h>
 #include <csignal>

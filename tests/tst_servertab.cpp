@@ -7,10 +7,9 @@
 #include "simclient.h"
 #include "tabfixture.h"
 
-#include <QPlainTextEdit>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QTemporaryDir>
+#include <QtNetwork>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <memory>
 

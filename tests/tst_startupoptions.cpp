@@ -2,13 +2,8 @@
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <QtTest>
+#include <QtWidgets>
 
 class tst_StartupOptions : public QObject
 {
@@ -18,8 +13,6 @@ private slots:
     void grammar_data();
     void grammar();
     void logThatCannotOpenIsReported();
-    void targetParts_data();
-    void targetParts();
 };
 
 // What the arguments give: "warnings expert server port logging threshold|arguments".
@@ -78,24 +71,6 @@ void tst_StartupOptions::logThatCannotOpenIsReported()
     QCOMPARE(openRequestedLog(options, path),
              QStringLiteral("Cannot open the log file %1: Is a directory").arg(path));
     QVERIFY(!logEnabled(LOG_ERR));
-}
-
-void tst_StartupOptions::targetParts_data()
-{
-    // clang-format off
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("parts");
-    for (const char *row : {"127.0.0.1 127.0.0.1||", "127.0.0.1:4660 127.0.0.1|4660|",
-                            "127.0.0.1:4660:2424 127.0.0.1|4660|2424",
-                            "[::1]:5000:6000 ::1|5000|6000", "127.0.0.1::24 127.0.0.1||24"})
-        QTest::addRow("%s", row) << QString(row).section(' ', 0, 0) << QString(row).section(' ', 1);
-}
-
-void tst_StartupOptions::targetParts()
-{
-    QFETCH(QString, text);
-    const TargetParts parts = splitTarget(text);
-    QTEST(QStringList({parts.host, parts.udpPort, parts.tcpPort}).join(u'|'), "parts");
 }
 
 QTEST_MAIN(tst_StartupOptions)

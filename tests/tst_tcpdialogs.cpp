@@ -5,12 +5,8 @@
 #include "tcp/tcpsendinfodlg.h"
 #include "tcp/tcptab.h"
 
-#include <QDesktopServices>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QProgressBar>
-#include <QPushButton>
+#include <QtTest>
+#include <QtWidgets>
 
 class TestTcpDialogs : public QObject
 {

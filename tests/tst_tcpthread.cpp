@@ -1,7 +1,7 @@
 // The transfer worker on its own thread against the emulator's data port on loopback.
 #include "tcpfixture.h"
 
-#include <QProcess>
+#include <QtTest>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -151,9 +151,7 @@ void TestTcpThread::receives_data()
     QTest::addColumn<QString>("result");
     const QString closed = "The device closed the connection. ", none;
     QTest::addRow("raw file, 3 MiB and a bit") << "source" << qint64(3145851) << "r" << 0 << QByteArray() << closed + "3145851 bytes were saved to %1.";
-    QTest::addRow("display keeps the newest 4095 bytes")
-        << "source" << qint64(10000) << none << 1 << QByteArray("\n[5905 bytes skipped]\n")
-        << closed + "Nothing was saved (Save To is empty).";
+    QTest::addRow("display keeps the newest 4095 bytes") << "source" << qint64(10000) << none << 1 << QByteArray("\n[5905 bytes skipped]\n") << closed + "Nothing was saved (Save To is empty).";
     QTest::addRow("a file at 1 MB/s, kept open") << "paced" << qint64(300000) << "r" << 0 << QByteArray() << none;
     QTest::addRow("bytes waiting at start") << "echo" << qint64(5) << "r" << 1 << QByteArray("hello") << none;
     // clang-format on

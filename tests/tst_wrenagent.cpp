@@ -11,14 +11,7 @@
 #include "wren/wrenheader.h"
 #include "wren/wrenpacket.h"
 
-#include <QElapsedTimer>
-#include <QFile>
-#include <QPointer>
-#include <QRegularExpression>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <QtTest>
 
 #include <utility>
 
@@ -237,8 +230,7 @@ void TestWrenAgent::replyTable_data()
     row("reply for another address first", "addr+1 good", read, -1, {"WREN Recv, address does not match"}, "", "");
     row("runt datagram first", "runt good", read, -1, {"WREN Recv, datagram too short for a header"}, "", "");
     row("only a reply from another port", "other", read, 0, {foreign, kReadTimeout}, "1 datagram(s) discarded: " + foreign, "");
-    row("only foreign replies: counted, each reason once", "id+1 rw id+1", !read, 0,
-        {kWrongId, rw, kWrongId}, "3 datagram(s) discarded: " + kWrongId + "; " + rw, "");
+    row("only foreign replies: counted, each reason once", "id+1 rw id+1", !read, 0, {kWrongId, rw, kWrongId}, "3 datagram(s) discarded: " + kWrongId + "; " + rw, "");
     // clang-format on
 }
 

@@ -5,7 +5,8 @@
 #include "tabfixture.h"
 #include "ui/mainwindow.h"
 
-#include <QComboBox>
+#include <QtTest>
+#include <QtWidgets>
 
 // Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
 const QString kToEcho = "5038 403f 4040 4022 5030 ";

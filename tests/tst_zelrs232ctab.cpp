@@ -4,9 +4,8 @@
 #include "simclient.h"
 #include "tabfixture.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QPlainTextEdit>
+#include <QtTest>
+#include <QtWidgets>
 
 class SerialFixture : public TabFixture<ZELRS232CTab>
 {
@@ -72,14 +71,10 @@ private slots:
         QTest::addColumn<QByteArray>("written");
         QTest::addRow("baud code 0 reads as 9,600") << hex("00001878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
         QTest::addRow("parity byte 2 reads None") << hex("70021878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
-        QTest::addRow("460,800 7 bits 2 stop Mark, auto flow")
-            << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/"
-            << "Auto(Consider RTS)/Wait" << hex("16041C7F");
+        QTest::addRow("460,800 7 bits 2 stop Mark, auto flow") << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/" << "Auto(Consider RTS)/Wait" << hex("16041C7F");
         QTest::addRow("36,400 6 bits Space, DTE auto and waits") << hex("58051D78") << "36,400/6/1/Space/Auto(Ignore CTS)/Wait" << "Manual/" << hex("58051D78");
         QTest::addRow("115,200 Even, DTE's RTS on") << hex("30070878") << "115,200/8/1/Even/Manual/RTS" << "Manual/RTS" << hex("30070878");
-        QTest::addRow("1,200 5 bits Odd, DCE's four outputs on")
-            << hex("AC061800") << "1,200/5/1/Odd/Manual/CTS RI DSR CD"
-            << "Manual/CTS RI DSR CD" << hex("AC061800");
+        QTest::addRow("1,200 5 bits Odd, DCE's four outputs on") << hex("AC061800") << "1,200/5/1/Odd/Manual/CTS RI DSR CD" << "Manual/CTS RI DSR CD" << hex("AC061800");
         // clang-format on
     }
     void configurationRoundTrip()
