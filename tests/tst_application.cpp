@@ -1,5 +1,7 @@
 // The MavixUtility program itself, started as a process on the offscreen platform and ended by
 // SIGTERM as Ctrl+C would: the event loop ends normally and the closing sequence runs.
+#include "testtable.h"
+
 #include <QtTest>
 
 #include <csignal>
@@ -12,8 +14,7 @@ private slots:
     // The arguments, and the messages of the log's first and last lines ("none": no log file).
     void startAndStop_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("ends");
+        columns<QStringList, QString>("arguments", "ends");
         QTest::addRow("-l") << QStringList{"-l", "-target:127.0.0.1:9:9"}
                             << "Application start.|Application finished: code[0]";
         QTest::addRow("no log") << QStringList{"-target:127.0.0.1:9:9"} << "none|none";

@@ -6,6 +6,7 @@
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpthread.h"
+#include "testtable.h"
 #include "ui/aboutdialog.h"
 #include "ui/logoview.h"
 #include "ui/mainwindow.h"
@@ -46,22 +47,158 @@ private slots:
         if (!QFile::remove(m_versionPath))
             QDir().rmdir(m_versionPath);
     }
-    void messageArea_data();
-    void messageArea();
-    void newestEntryIsScrolledIntoView();
-    void presetTarget_data();
-    void presetTarget();
-    void tabChangeReappliesTarget();
-    void hiddenShortcutStartsBlink();
-    void logoFollowsWindowHeight();
-    void closingMidTransferEndsAtOnce();
-    void states_data();
-    void states();
+    // Text from the command line or a device is shown as typed: markup stays visible text.
+    void messageArea_data()
+    {
+        columns<bool, QString, QString>("error", "text", "colour");
+        const auto row = [](const char *name, bool error, const char *text, const char *colour) {
+            QTest::addRow("%s", name) << error << QString(text) << QString(colour);
+        };
+        row("result in blue", false, "UDP read successed", "#0000c0");
+        row("error in red with prefix", true, "UDP read is timeout", "#ff0000");
+        row("markup kept as text", false, "<b>bold</b> & <img src=x>", "#0000c0");
+        row("error markup kept as text", true, "-target:<i>x</i> is ignored", "#ff0000");
+    }
+    void messageArea()
+    {
+        QFETCH(bool, error);
+        QFETCH(QString, text);
+        QFETCH(QString, colour);
+        error ? reportError(text) : reportResult(text);
+        const QString shown = (error ? " | Error:" : " | ") + text;
+        const QString plain = area()->toPlainText();
+        const QRegularExpression entry(QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)") +
+                                       QRegularExpression::escape(shown) + QLatin1Char('$'));
+        QVERIFY2(entry.match(plain).hasMatch(), qPrintable(plain));
+        QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
+    }
+    void newestEntryIsScrolledIntoView()
+    {
+        window()->show();
+        for (int i = 0; i < 100; ++i)
+            reportResult(QStringLiteral("entry %1").arg(i));
+        QScrollBar *bar = area()->verticalScrollBar();
+        QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+    }
+    void presetTarget_data()
+    {
+        // fields: IP, UDP and TCP fields afterwards
+        columns<QString, QString, bool>("preset", "fields", "reported");
+        const auto row = [](const char *name, const char *preset, const char *fields) {
+            const bool bad = !fields;
+            QTest::addRow("%s", name)
+                << QString(preset) << QString(bad ? "192.168.10.16 4660 24" : fields) << bad;
+        };
+        row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
+        row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
+        row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
+        row("empty UDP part", "127.0.0.1::6000", "127.0.0.1 4660 6000");
+        row("bad host", "300.0.0.1:5000", nullptr);
+        row("leading zeros", "127.000.0.1", nullptr);
+        row("bad port", "127.0.0.1:70000", nullptr);
+    }
+    void presetTarget()
+    {
+        QFETCH(QString, preset);
+        QFETCH(bool, reported);
+        build(preset);
+        QTEST(QStringList({field("GenTargetIPAddressTextarea"), field("GenTargetUDPPortTextarea"),
+                           field("GenTargetTCPPortTextarea")})
+                  .join(u' '),
+              "fields");
+        QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
+    }
+    void tabChangeReappliesTarget()
+    {
+        auto *tabs = window()->findChild<QTabWidget *>("modeTab");
+        auto *ip = window()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
+        ip->setText(QStringLiteral("127.0.0.9"));
+        tabs->setCurrentIndex(1);
+        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+        ip->setText(QStringLiteral("not an address"));
+        tabs->setCurrentIndex(2);
+        tabs->setCurrentIndex(0);
+        QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
+        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+    }
+    void hiddenShortcutStartsBlink()
+    {
+        window()->show();
+        QVERIFY(QTest::qWaitForWindowActive(window()));
+        auto *logo = window()->findChild<LogoView *>("graphicsView");
+        logo->OpenEye();
+        QTest::keySequence(
+            window(), QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
+        QCOMPARE(logo->mode(), LogoView::ModeBlinking);
+    }
+    void logoFollowsWindowHeight()
+    {
+        auto *logo = window()->findChild<LogoView *>("graphicsView");
+        window()->show();
+        QTRY_COMPARE(logo->size(), QSize(72, 72));
+        window()->resize(1000, 990);
+        QTRY_COMPARE(logo->size(), QSize(108, 108));
+        window()->resize(1000, 2000);
+        QTRY_COMPARE(logo->size(), QSize(144, 144));
+    }
+    // Closing the program while a send to a device that takes nothing runs: the send stops, the
+    // socket is closed on the worker's thread, and the program ends at once.
+    void closingMidTransferEndsAtOnce()
+    {
+        QCOMPARE(AppContext::kSocketCloseWaitMs, 10000); // the most closing may wait for the socket
+        QTemporaryDir dir;
+        SimDataPort port;
+        port.setStuck(true);
+        QVERIFY(port.start(QHostAddress::LocalHost, 0) != 0);
+        QFile file(dir.filePath("data.bin"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
+        build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
+        AppModel::currentSendOption()->setFileName(file.fileName());
+        m_context->worker()->beginSendThread();
+        QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
+        QElapsedTimer closing;
+        closing.start();
+        m_context.reset();
+        QVERIFY2(closing.elapsed() < 3000, QByteArray::number(closing.elapsed()));
+    }
+    // Mode, picture, and the blink timer's interval while it runs (0: stopped).
+    void states_data()
+    {
+        columns<QString, QString>("steps", "state");
+        const auto row = [](const char *name, const char *steps, const char *state) {
+            QTest::addRow("%s", name) << QString(steps) << QString(state);
+        };
+        row("new view", "", "0 openEye 0");
+        row("blink start", "start", "2 openEye 100");
+        row("tick 3", "start 3", "2 openEye 100");
+        row("tick 4", "start 4", "2 halfEye 100");
+        row("tick 5", "start 5", "2 closeEye 100");
+        row("tick 6", "start 6", "2 closeEye 100");
+        row("tick 7", "start 7", "2 upEye 100");
+        row("tick 10", "start 10", "2 upEye 100");
+        row("tick 11", "start 11", "2 openEye 100");
+        row("tick 12 rests open", "start 12", "0 openEye 0");
+        row("failure shuts", "close", "1 closeEye 0");
+        row("success after failure", "close start", "2 openEye 100");
+        row("failure mid-blink", "start 8 close", "1 closeEye 0");
+        row("restart during a blink", "start 9 start 4", "2 halfEye 100");
+    }
+    void states()
+    {
+        QFETCH(QString, steps);
+        LogoView view;
+        play(view, steps);
+        const QTimer *timer = view.findChild<QTimer *>();
+        QTEST(QStringLiteral("%1 %2 %3")
+                  .arg(int(view.mode()))
+                  .arg(view.chosenImageName())
+                  .arg(timer->isActive() ? timer->interval() : 0),
+              "state");
+    }
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
     void productText_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("version");
+        columns<QByteArray, QString>("content", "version");
         QTest::addRow("no file") << QByteArray("missing") << "";
         QTest::addRow("folder") << QByteArray("folder") << "";
         QTest::addRow("name blank version")
@@ -104,169 +241,6 @@ private:
     // The About dialog reads version.txt beside the program; the test has a folder of its own.
     const QString m_versionPath = QCoreApplication::applicationDirPath() + "/version.txt";
 };
-
-// Text from the command line or a device is shown as typed: markup stays visible text.
-void tst_MainWindow::messageArea_data()
-{
-    QTest::addColumn<bool>("error");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("colour");
-    const auto row = [](const char *name, bool error, const char *text, const char *colour) {
-        QTest::addRow("%s", name) << error << QString(text) << QString(colour);
-    };
-    row("result in blue", false, "UDP read successed", "#0000c0");
-    row("error in red with prefix", true, "UDP read is timeout", "#ff0000");
-    row("markup kept as text", false, "<b>bold</b> & <img src=x>", "#0000c0");
-    row("error markup kept as text", true, "-target:<i>x</i> is ignored", "#ff0000");
-}
-
-void tst_MainWindow::messageArea()
-{
-    QFETCH(bool, error);
-    QFETCH(QString, text);
-    QFETCH(QString, colour);
-    error ? reportError(text) : reportResult(text);
-    const QString shown = (error ? " | Error:" : " | ") + text;
-    const QString plain = area()->toPlainText();
-    const QRegularExpression entry(QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)") +
-                                   QRegularExpression::escape(shown) + QLatin1Char('$'));
-    QVERIFY2(entry.match(plain).hasMatch(), qPrintable(plain));
-    QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
-}
-
-void tst_MainWindow::newestEntryIsScrolledIntoView()
-{
-    window()->show();
-    for (int i = 0; i < 100; ++i)
-        reportResult(QStringLiteral("entry %1").arg(i));
-    QScrollBar *bar = area()->verticalScrollBar();
-    QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
-}
-
-void tst_MainWindow::presetTarget_data()
-{
-    QTest::addColumn<QString>("preset");
-    QTest::addColumn<QString>("fields"); // IP, UDP and TCP fields afterwards
-    QTest::addColumn<bool>("reported");
-    const auto row = [](const char *name, const char *preset, const char *fields) {
-        const bool bad = !fields;
-        QTest::addRow("%s", name) << QString(preset)
-                                  << QString(bad ? "192.168.10.16 4660 24" : fields) << bad;
-    };
-    row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
-    row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
-    row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
-    row("empty UDP part", "127.0.0.1::6000", "127.0.0.1 4660 6000");
-    row("bad host", "300.0.0.1:5000", nullptr);
-    row("leading zeros", "127.000.0.1", nullptr);
-    row("bad port", "127.0.0.1:70000", nullptr);
-}
-
-void tst_MainWindow::presetTarget()
-{
-    QFETCH(QString, preset);
-    QFETCH(bool, reported);
-    build(preset);
-    QTEST(QStringList({field("GenTargetIPAddressTextarea"), field("GenTargetUDPPortTextarea"),
-                       field("GenTargetTCPPortTextarea")})
-              .join(u' '),
-          "fields");
-    QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
-}
-
-void tst_MainWindow::tabChangeReappliesTarget()
-{
-    auto *tabs = window()->findChild<QTabWidget *>("modeTab");
-    auto *ip = window()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
-    ip->setText(QStringLiteral("127.0.0.9"));
-    tabs->setCurrentIndex(1);
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
-    ip->setText(QStringLiteral("not an address"));
-    tabs->setCurrentIndex(2);
-    tabs->setCurrentIndex(0);
-    QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
-}
-
-void tst_MainWindow::hiddenShortcutStartsBlink()
-{
-    window()->show();
-    QVERIFY(QTest::qWaitForWindowActive(window()));
-    auto *logo = window()->findChild<LogoView *>("graphicsView");
-    logo->OpenEye();
-    QTest::keySequence(window(),
-                       QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
-    QCOMPARE(logo->mode(), LogoView::ModeBlinking);
-}
-
-void tst_MainWindow::logoFollowsWindowHeight()
-{
-    auto *logo = window()->findChild<LogoView *>("graphicsView");
-    window()->show();
-    QTRY_COMPARE(logo->size(), QSize(72, 72));
-    window()->resize(1000, 990);
-    QTRY_COMPARE(logo->size(), QSize(108, 108));
-    window()->resize(1000, 2000);
-    QTRY_COMPARE(logo->size(), QSize(144, 144));
-}
-
-// Mode, picture, and the blink timer's interval while it runs (0: stopped).
-void tst_MainWindow::states_data()
-{
-    QTest::addColumn<QString>("steps");
-    QTest::addColumn<QString>("state");
-    const auto row = [](const char *name, const char *steps, const char *state) {
-        QTest::addRow("%s", name) << QString(steps) << QString(state);
-    };
-    row("new view", "", "0 openEye 0");
-    row("blink start", "start", "2 openEye 100");
-    row("tick 3", "start 3", "2 openEye 100");
-    row("tick 4", "start 4", "2 halfEye 100");
-    row("tick 5", "start 5", "2 closeEye 100");
-    row("tick 6", "start 6", "2 closeEye 100");
-    row("tick 7", "start 7", "2 upEye 100");
-    row("tick 10", "start 10", "2 upEye 100");
-    row("tick 11", "start 11", "2 openEye 100");
-    row("tick 12 rests open", "start 12", "0 openEye 0");
-    row("failure shuts", "close", "1 closeEye 0");
-    row("success after failure", "close start", "2 openEye 100");
-    row("failure mid-blink", "start 8 close", "1 closeEye 0");
-    row("restart during a blink", "start 9 start 4", "2 halfEye 100");
-}
-
-void tst_MainWindow::states()
-{
-    QFETCH(QString, steps);
-    LogoView view;
-    play(view, steps);
-    const QTimer *timer = view.findChild<QTimer *>();
-    QTEST(QStringLiteral("%1 %2 %3")
-              .arg(int(view.mode()))
-              .arg(view.chosenImageName())
-              .arg(timer->isActive() ? timer->interval() : 0),
-          "state");
-}
-
-// Closing the program while a send to a device that takes nothing runs: the send stops, the socket
-// is closed on the worker's thread, and the program ends at once.
-void tst_MainWindow::closingMidTransferEndsAtOnce()
-{
-    QCOMPARE(AppContext::kSocketCloseWaitMs, 10000); // the most closing may wait for the socket
-    QTemporaryDir dir;
-    SimDataPort port;
-    port.setStuck(true);
-    QVERIFY(port.start(QHostAddress::LocalHost, 0) != 0);
-    QFile file(dir.filePath("data.bin"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
-    build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
-    AppModel::currentSendOption()->setFileName(file.fileName());
-    m_context->worker()->beginSendThread();
-    QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
-    QElapsedTimer closing;
-    closing.start();
-    m_context.reset();
-    QVERIFY2(closing.elapsed() < 3000, QByteArray::number(closing.elapsed()));
-}
 
 QTEST_MAIN(tst_MainWindow)
 #include "tst_mainwindow.moc"

@@ -1,6 +1,7 @@
 #include "app/log.h"
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"
+#include "testtable.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -10,68 +11,61 @@ class tst_StartupOptions : public QObject
     Q_OBJECT
 
 private slots:
-    void grammar_data();
-    void grammar();
-    void logThatCannotOpenIsReported();
+    // What the arguments give: "warnings expert server port logging threshold|arguments".
+    void grammar_data()
+    {
+        columns<QString, QString>("arguments", "options");
+        // clang-format off
+        for (const char *row : {"0 0 0 0 0 0|", "0 1 0 0 0 0|-expert", "0 0 0 0 0 0|--expert -Expert -lx -L",
+                                "1 0 0 0 0 0|-uiport:", "1 0 0 0 0 0|-uiport:70000", "1 0 0 0 0 0|-uiport:0x50",
+                                "0 0 1 0 0 0|-uiport:0", "0 0 1 65535 0 0|-uiport:65535",
+                                "1 0 1 5000 0 0|-uiport:5000 -uiport:99999", "0 0 1 6000 0 0|-uiport:5000 -uiport:6000",
+                                "0 0 0 0 1 0|-l", "0 0 0 0 1 30|-l:30", "0 0 0 0 0 -1|-l:-1", "0 0 0 0 1 -1|-l -l:-1",
+                                "0 0 0 0 0 0|-l:abc", "0 0 0 0 1 5|-l:5 -l", "0 1 1 2323 1 20|-expert -uiport:2323 -l:20"})
+            QTest::addRow("%s", QString(row).section('|', 1).toLatin1().constData()) << QString(row).section('|', 1) << QString(row).section('|', 0, 0);
+        // clang-format on
+    }
+    void grammar()
+    {
+        QFETCH(QString, arguments);
+        // The real warning box each time, answered with Ok as soon as it is up.
+        int shown = 0;
+        QString text;
+        const auto warnAndAnswer = [this, &shown, &text] {
+            ++shown;
+            QTimer::singleShot(0, this, [&text] {
+                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                text = box->windowTitle() + QLatin1Char('|') + box->text();
+                box->button(QMessageBox::Ok)->click();
+            });
+            showInvalidPortWarning();
+        };
+        const StartupOptions o = parseStartupArguments(
+            QStringList{"MavixUtility"} + arguments.split(u' ', Qt::SkipEmptyParts), warnAndAnswer);
+        QTEST(QStringLiteral("%1 %2 %3 %4 %5 %6")
+                  .arg(shown)
+                  .arg(int(o.expert))
+                  .arg(int(o.serverMode))
+                  .arg(o.uiPort)
+                  .arg(int(o.loggingRequested))
+                  .arg(o.logThreshold),
+              "options");
+        if (shown)
+            QCOMPARE(text, QStringLiteral("|Server mode, uiport is invalid"));
+    }
+    void logThatCannotOpenIsReported()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("MavixUtility.log"));
+        QVERIFY(QDir().mkdir(path)); // a folder where the file should be
+        StartupOptions options;
+        QCOMPARE(openRequestedLog(options, path), QString()); // not asked for
+        options.loggingRequested = true;
+        QCOMPARE(openRequestedLog(options, path),
+                 QStringLiteral("Cannot open the log file %1: Is a directory").arg(path));
+        QVERIFY(!logEnabled(LOG_ERR));
+    }
 };
-
-// What the arguments give: "warnings expert server port logging threshold|arguments".
-void tst_StartupOptions::grammar_data()
-{
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<QString>("options");
-    // clang-format off
-    for (const char *row : {"0 0 0 0 0 0|", "0 1 0 0 0 0|-expert", "0 0 0 0 0 0|--expert -Expert -lx -L",
-                            "1 0 0 0 0 0|-uiport:", "1 0 0 0 0 0|-uiport:70000", "1 0 0 0 0 0|-uiport:0x50",
-                            "0 0 1 0 0 0|-uiport:0", "0 0 1 65535 0 0|-uiport:65535",
-                            "1 0 1 5000 0 0|-uiport:5000 -uiport:99999", "0 0 1 6000 0 0|-uiport:5000 -uiport:6000",
-                            "0 0 0 0 1 0|-l", "0 0 0 0 1 30|-l:30", "0 0 0 0 0 -1|-l:-1", "0 0 0 0 1 -1|-l -l:-1",
-                            "0 0 0 0 0 0|-l:abc", "0 0 0 0 1 5|-l:5 -l", "0 1 1 2323 1 20|-expert -uiport:2323 -l:20"})
-        QTest::addRow("%s", QString(row).section('|', 1).toLatin1().constData()) << QString(row).section('|', 1) << QString(row).section('|', 0, 0);
-    // clang-format on
-}
-
-void tst_StartupOptions::grammar()
-{
-    QFETCH(QString, arguments);
-    // The real warning box each time, answered with Ok as soon as it is up.
-    int shown = 0;
-    QString text;
-    const auto warnAndAnswer = [this, &shown, &text] {
-        ++shown;
-        QTimer::singleShot(0, this, [&text] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            text = box->windowTitle() + QLatin1Char('|') + box->text();
-            box->button(QMessageBox::Ok)->click();
-        });
-        showInvalidPortWarning();
-    };
-    const StartupOptions o = parseStartupArguments(
-        QStringList{"MavixUtility"} + arguments.split(u' ', Qt::SkipEmptyParts), warnAndAnswer);
-    QTEST(QStringLiteral("%1 %2 %3 %4 %5 %6")
-              .arg(shown)
-              .arg(int(o.expert))
-              .arg(int(o.serverMode))
-              .arg(o.uiPort)
-              .arg(int(o.loggingRequested))
-              .arg(o.logThreshold),
-          "options");
-    if (shown)
-        QCOMPARE(text, QStringLiteral("|Server mode, uiport is invalid"));
-}
-
-void tst_StartupOptions::logThatCannotOpenIsReported()
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("MavixUtility.log"));
-    QVERIFY(QDir().mkdir(path)); // a folder where the file should be
-    StartupOptions options;
-    QCOMPARE(openRequestedLog(options, path), QString()); // not asked for
-    options.loggingRequested = true;
-    QCOMPARE(openRequestedLog(options, path),
-             QStringLiteral("Cannot open the log file %1: Is a directory").arg(path));
-    QVERIFY(!logEnabled(LOG_ERR));
-}
 
 QTEST_MAIN(tst_StartupOptions)
 #include "tst_startupoptions.moc"

@@ -3,6 +3,7 @@
 #include "sim/simserialbridge.h"
 #include "simclient.h"
 #include "tabfixture.h"
+#include "testtable.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -65,10 +66,7 @@ private slots:
     void configurationRoundTrip_data()
     {
         // clang-format off
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<QString>("dte");
-        QTest::addColumn<QString>("dce");
-        QTest::addColumn<QByteArray>("written");
+        columns<QByteArray, QString, QString, QByteArray>("config", "dte", "dce", "written");
         QTest::addRow("baud code 0 reads as 9,600") << hex("00001878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
         QTest::addRow("parity byte 2 reads None") << hex("70021878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
         QTest::addRow("460,800 7 bits 2 stop Mark, auto flow") << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/" << "Auto(Consider RTS)/Wait" << hex("16041C7F");
@@ -113,12 +111,7 @@ private slots:
     void receive_data()
     {
         // clang-format off
-        QTest::addColumn<int>("delimiter");
-        QTest::addColumn<QString>("maxLength");
-        QTest::addColumn<bool>("asHex");
-        QTest::addColumn<int>("receives");
-        QTest::addColumn<QString>("lengthShown");
-        QTest::addColumn<QString>("shown");
+        columns<int, QString, bool, int, QString, QString>("delimiter", "maxLength", "asHex", "receives", "lengthShown", "shown");
         QTest::addRow("(Ignore) as hex") << 0 << "(Ignore)" << true << 1 << "(Ignore)" << "68656c6c6f";
         QTest::addRow("CR as hex") << 1 << "0" << true << 1 << "(Ignore)" << "68656c6c6f0d";
         QTest::addRow("LF as hex") << 2 << "x" << true << 1 << "(Ignore)" << "68656c6c6f0a";
