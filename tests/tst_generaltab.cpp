@@ -45,8 +45,7 @@ private slots:
     void readTable_data()
     {
         // clang-format off
-        // faults: "port 0": the request cannot be sent
-        // error: empty: the read succeeds
+        // faults "port 0": the request cannot be sent; error empty: the read succeeds
         columns<bool, QString, QString>("eeprom", "faults", "error");
         QTest::addRow("running copy") << false << "" << "";
         QTest::addRow("EEPROM copy") << true << "" << "";
@@ -84,8 +83,7 @@ private slots:
                  (QStringList{"MAC Address : 02:11:22:33:44:55 ",
                               eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
         QCOMPARE(lines.value(10), QStringLiteral("TCP Timeout(Disconnect) : 256000 msec"));
-        // Only the running copy is the device the tool talks to: its whole record becomes the
-        // target.
+        // Only the running copy is the device the tool talks to: its record becomes the target.
         QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed %1").arg(!eeprom));
         QCOMPARE(MavixSetting::current().tcpCommandPort, quint16(eeprom ? 23 : 8023));
         QCOMPARE(GeneralTab().accessTimeoutMs(), 10000); // unless a test shortens it
@@ -93,8 +91,7 @@ private slots:
     void writeStepFails_data()
     {
         // clang-format off
-        // faults: "drop:N": no reply to the N-th access
-        // accesses: nothing is tried after the failed step
+        // faults "drop:N": no reply to the N-th access; nothing is tried after the failed step
         columns<bool, QString, int, QString>("eeprom", "faults", "accesses", "error");
         QTest::addRow("reading the image times out") << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
         QTest::addRow("obtaining EEPROM permission times out") << true << "drop:2" << 2 << "Response to obtaining permisssion to write in EEPROM is timeout";
@@ -129,8 +126,7 @@ private slots:
     }
     void writeSequence_data()
     {
-        // written: bytes 24..29: IP address and TCP data port
-        // target: where the tool looks for the device afterwards
+        // written: bytes 24..29 (IP address, TCP data port); target: where the device is looked for
         columns<bool, QByteArray, QString>("eeprom", "written", "target");
         QTest::addRow("running copy, new IP address")
             << false << hex("7F0000020018") << "127.0.0.2";

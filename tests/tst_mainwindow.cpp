@@ -121,28 +121,23 @@ private slots:
         QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
         QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
     }
-    void hiddenShortcutStartsBlink()
+    // The eye follows the window's height; a hidden shortcut makes it blink.
+    void logoFollowsWindowHeightAndShortcut()
     {
+        auto *logo = window()->findChild<LogoView *>("graphicsView");
         window()->show();
         QVERIFY(QTest::qWaitForWindowActive(window()));
-        auto *logo = window()->findChild<LogoView *>("graphicsView");
-        logo->OpenEye();
-        QTest::keySequence(
-            window(), QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
-        QCOMPARE(logo->mode(), LogoView::ModeBlinking);
-    }
-    void logoFollowsWindowHeight()
-    {
-        auto *logo = window()->findChild<LogoView *>("graphicsView");
-        window()->show();
         QTRY_COMPARE(logo->size(), QSize(72, 72));
         window()->resize(1000, 990);
         QTRY_COMPARE(logo->size(), QSize(108, 108));
         window()->resize(1000, 2000);
         QTRY_COMPARE(logo->size(), QSize(144, 144));
+        logo->OpenEye();
+        QTest::keySequence(
+            window(), QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
+        QCOMPARE(logo->mode(), LogoView::ModeBlinking);
     }
-    // Closing the program while a send to a device that takes nothing runs: the send stops, the
-    // socket is closed on the worker's thread, and the program ends at once.
+    // Closing while a send to a device that takes nothing runs ends the program at once.
     void closingMidTransferEndsAtOnce()
     {
         QCOMPARE(AppContext::kSocketCloseWaitMs, 10000); // the most closing may wait for the socket
@@ -165,23 +160,15 @@ private slots:
     void states_data()
     {
         columns<QString, QString>("steps", "state");
-        const auto row = [](const char *name, const char *steps, const char *state) {
-            QTest::addRow("%s", name) << QString(steps) << QString(state);
-        };
-        row("new view", "", "0 openEye 0");
-        row("blink start", "start", "2 openEye 100");
-        row("tick 3", "start 3", "2 openEye 100");
-        row("tick 4", "start 4", "2 halfEye 100");
-        row("tick 5", "start 5", "2 closeEye 100");
-        row("tick 6", "start 6", "2 closeEye 100");
-        row("tick 7", "start 7", "2 upEye 100");
-        row("tick 10", "start 10", "2 upEye 100");
-        row("tick 11", "start 11", "2 openEye 100");
-        row("tick 12 rests open", "start 12", "0 openEye 0");
-        row("failure shuts", "close", "1 closeEye 0");
-        row("success after failure", "close start", "2 openEye 100");
-        row("failure mid-blink", "start 8 close", "1 closeEye 0");
-        row("restart during a blink", "start 9 start 4", "2 halfEye 100");
+        // "steps: mode picture interval"
+        for (const char *row :
+             {": 0 openEye 0", "start: 2 openEye 100", "start 3: 2 openEye 100",
+              "start 4: 2 halfEye 100", "start 5: 2 closeEye 100", "start 6: 2 closeEye 100",
+              "start 7: 2 upEye 100", "start 10: 2 upEye 100", "start 11: 2 openEye 100",
+              "start 12: 0 openEye 0", "close: 1 closeEye 0", "close start: 2 openEye 100",
+              "start 8 close: 1 closeEye 0", "start 9 start 4: 2 halfEye 100"})
+            QTest::addRow("%s", row)
+                << QString(row).section(": ", 0, 0) << QString(row).section(": ", 1);
     }
     void states()
     {

@@ -97,8 +97,7 @@ private slots:
         QTEST(after.mid(15, 3).toHex(' ').toUpper() + ' ' + after.mid(24, 25).toHex(' ').toUpper(),
               "image");
     }
-    // The one literal copy of the report; the tab tests compare what they show against a read
-    // record.
+    // The one literal copy of the report.
     void textReportOfFactoryValues()
     {
         QCOMPARE(MavixSetting().textReport(),
@@ -139,12 +138,12 @@ private slots:
         QFETCH(QString, port);
         QFETCH(QString, asTarget);
         QFETCH(QString, asWritten);
-        const QHash<QString, QString> texts{{"ip", "IP address is invalid"},
-                                            {"any", "0.0.0.0 is invalid"},
-                                            {"all", "255.255.255.255 is invalid"},
-                                            {"tcp", "TCP Port number must be 0 to 65535"},
-                                            {"udp", "UDP Port number must be 0 to 65535"}};
-        const auto messages = [&texts](const QString &keys) {
+        static const QHash<QString, QString> texts{{"ip", "IP address is invalid"},
+                                                   {"any", "0.0.0.0 is invalid"},
+                                                   {"all", "255.255.255.255 is invalid"},
+                                                   {"tcp", "TCP Port number must be 0 to 65535"},
+                                                   {"udp", "UDP Port number must be 0 to 65535"}};
+        const auto messages = [](const QString &keys) {
             QStringList list;
             for (const QString &key : keys.split(u' ', Qt::SkipEmptyParts))
                 list << texts.value(key);

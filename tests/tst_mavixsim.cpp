@@ -1,6 +1,5 @@
 // mavix-sim in-process, spoken to with hand-made datagrams: the settings image, memory, the EEPROM
-// lock, well-formed and ignored datagrams, the UDP port move, the faults on the wire and the cap on
-// delayed replies.
+// lock, well-formed and ignored datagrams, the UDP port move and the faults on the wire.
 #include "sim/mavixsim.h"
 #include "sim/simthread.h"
 #include "simclient.h"
@@ -178,20 +177,6 @@ private slots:
         QCOMPARE(exchange(readRequest(0x7000, 2, 5), waitMs).toHex(' '), reply.toHex(' '));
         (void)exchange(writeRequest(0x7000, hex("FFFF")), waitMs);
         QCOMPARE(sim()->peek(0x7000, 2), hex(written ? "FFFF" : "0102"));
-    }
-    // More pending delayed replies than the cap: the rest are dropped and counted, not kept.
-    void delayedRepliesAreCapped()
-    {
-        sim()->setFaults(faultsFrom({"delay:60000"})); // none leaves during the test
-        const SimCounters before = sim()->counters();
-        QUdpSocket flood;
-        for (int sent = 0; sent < 4200; sent += 100) { // batches the socket buffer holds
-            for (int i = 0; i < 100; ++i)
-                flood.writeDatagram(readRequest(0x9000, 1), QHostAddress::LocalHost, port());
-            QTRY_COMPARE(sim()->counters().requests - before.requests, quint64(sent + 100));
-        }
-        QCOMPARE(sim()->counters().delayOverflow - before.delayOverflow, quint64(104)); // over 4096
-        QCOMPARE(sim()->counters().repliesSent, before.repliesSent);
     }
 
 private:

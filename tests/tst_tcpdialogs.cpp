@@ -194,7 +194,7 @@ private slots:
     {
         const QString chosen = m_rig.dir.filePath("chosen.bin");
         for (const QString &name : {chosen, QString()}) {
-            QTimer::singleShot(0, [name] {
+            QTimer::singleShot(0, this, [name] {
                 auto *chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
                 QCOMPARE(chooser->windowTitle() + chooser->nameFilters().join(""),
                          "Select output toAll format file (*.*)");

@@ -86,8 +86,7 @@ private slots:
                   .arg(size.value, size.unit, time.value, time.unit, rate.value, rate.unit),
               "shown");
     }
-    // Sizes above 2 GiB are divided by 1000 until they fit the bar; a stopped send reports its
-    // loss.
+    // Sizes above 2 GiB are divided by 1000 until they fit the bar; a stopped send reports loss.
     void progressBarAndLoss_data()
     {
         // shown: bar value / maximum, loss text

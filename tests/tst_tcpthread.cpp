@@ -42,8 +42,7 @@ private slots:
     void sendsFile_data()
     {
         // clang-format off
-        // shownFormat: empty: Show Data off
-        // shown: the first line shown and the bytes it covered in all
+        // shownFormat empty: Show Data off; shown: the first line shown and the bytes covered
         columns<QByteArray, bool, QString, QByteArray, QString>("file", "hexFile", "shownFormat", "bytes", "shown");
         const QByteArray large(3 * 1024 * 1024 + 1, '\x5a');
         QTest::addRow("3 MiB and a byte") << large << false << "" << large << " 0";

@@ -20,8 +20,7 @@ private slots:
     void accessRules_data()
     {
         // clang-format off
-        // faults: of the emulator; "port 0": the request is not sent
-        // result: the access the device saw, or the error shown
+        // faults "port 0": the request is not sent; result: the access seen, or the error shown
         columns<bool, bool, QString, QString, QString, QString, QString>("write", "expert", "faults", "address", "length", "data", "result");
         const auto row = [](const char *name, bool write, bool expert, const char *faults,
                             const char *address, const char *length, const char *data,

@@ -1,7 +1,7 @@
 // WREN packets byte for byte, and WrenAgent against the in-process emulator and a hostile peer on
 // loopback: the reply checks with their log lines, signal and WrenError; which datagrams are taken
 // as the reply and which are discarded; waits that keep the event loop running; the shared packet
-// ID; setTarget.
+// ID.
 #include "app/accessgate.h"
 #include "app/log.h"
 #include "sim/mavixsim.h"
@@ -108,9 +108,7 @@ private slots:
     void replyTable_data()
     {
         // clang-format off
-        // script: what comes back to the first access
-        // code: -1: the data comes back
-        // reason: of the WrenError, as shown to the user
+        // What comes back to the first access; code -1: the data comes back; the WrenError's reason.
         columns<QString, bool, int, QStringList, QString, QString>("script", "isRead", "code", "logged", "reason", "signal");
 
         const QString lack = QStringLiteral("WREN Recv, lack of data packet");
@@ -224,25 +222,11 @@ private slots:
             QCOMPARE(log[i].packetId, quint8(i % 256));
         QCOMPARE(kAccessTimeoutMs, 10000); // what every caller passes
     }
-    void setTargetKeepsOrReplacesTheSocket()
-    {
-        WrenAgent agent;
-        targetSim(agent);
-        const QPointer<QUdpSocket> first = agent.findChild<QUdpSocket *>();
-        const quint16 firstPort = agent.localPort();
-        agent.setTarget(QHostAddress(QStringLiteral("127.0.0.2")), m_sim.udpPort());
-        QCOMPARE(agent.findChild<QUdpSocket *>(), first.data()); // a new address alone keeps it
-        QCOMPARE(agent.localPort(), firstPort);
-        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort() + 1);
-        QVERIFY(first.isNull()); // a new port replaces it, and the old one is deleted
-        QVERIFY(agent.localPort() != 0);
-    }
     // The exact bytes of a request, and what a reply is parsed into.
     void requestBytes_data()
     {
         // clang-format off
-        // The header constructor's arguments: VerType, command kind, read, acknowledge, bus
-        // error, packet ID, length, address.
+        // fields: VerType, command kind, read, acknowledge, bus error, packet ID, length, address
         columns<QList<qint64>, QByteArray, QByteArray>("fields", "data", "bytes");
         const auto row = [](const char *name, const QList<qint64> &fields, const char *data, const char *bytes) {
             QTest::addRow("%s", name) << fields << hex(data) << hex(bytes);
