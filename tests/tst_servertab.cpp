@@ -16,12 +16,6 @@
 
 namespace {
 
-const QByteArray P = "\r\nMavixUtil>";
-const QByteArray kGreeting = "OK:Connected\r\nMavixUtil>";
-const QByteArray kDump10 = "OK:\r\n10 : 01 02 0A FF \r\n" + P;
-const QByteArray kInvalidRead = "NG:invalid read command" + P;
-const QByteArray kInvalidWrite = "NG:invalid write command" + P;
-const QByteArray kUnknown = "NG:Unknown Command" + P;
 constexpr int kWaitMs = 5000; // only waited out when something is broken
 
 // A remote client: a plain socket that collects everything the server sends.
@@ -29,7 +23,8 @@ struct Terminal
 {
     explicit Terminal(quint16 port)
     {
-        QObject::connect(&socket, &QTcpSocket::readyRead, [this] { got += socket.readAll(); });
+        QObject::connect(&socket, &QTcpSocket::readyRead, &socket,
+                         [this] { got += socket.readAll(); });
         socket.connectToHost(QHostAddress::LocalHost, port);
     }
     bool waitFor(qsizetype size)
@@ -210,6 +205,12 @@ private slots:
 private:
     QString logText() const { return f->tab.findChild<QPlainTextEdit *>()->toPlainText(); }
 
+    const QByteArray P = "\r\nMavixUtil>";
+    const QByteArray kGreeting = "OK:Connected\r\nMavixUtil>";
+    const QByteArray kDump10 = "OK:\r\n10 : 01 02 0A FF \r\n" + P;
+    const QByteArray kInvalidRead = "NG:invalid read command" + P;
+    const QByteArray kInvalidWrite = "NG:invalid write command" + P;
+    const QByteArray kUnknown = "NG:Unknown Command" + P;
     std::unique_ptr<TabFixture<ServerTab>> f;
     QTemporaryDir dir;
 };

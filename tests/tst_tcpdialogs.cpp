@@ -149,8 +149,9 @@ private slots:
         dialog->stopSend();
         QCOMPARE(m_rig.logCount("[ WRN] Invalid send status: TS_STOPPING"), 1);
         QTRY_VERIFY_WITH_TIMEOUT(enabled(dialog, "SendButton"), 3000); // still stuck
-        QVERIFY(m_rig.reports->errors.join('|').contains(
-            QRegularExpression("^loss [1-9][0-9]* / 32000000 bytes \\([1-9][0-9.]*%\\)$")));
+        static const QRegularExpression loss(
+            "^loss [1-9][0-9]* / 32000000 bytes \\([1-9][0-9.]*%\\)$");
+        QVERIFY(m_rig.reports->errors.join('|').contains(loss));
         QVERIFY(m_rig.port->totals().bytes < 32000000);
     }
     // Typing says nothing and touches no file; the name is checked once editing is finished.

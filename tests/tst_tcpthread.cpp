@@ -67,8 +67,8 @@ private slots:
         qint64 shownBytes = 0;
         QObject scope; // ends the connection with this function
         connect(m_rig.worker, &TCPThread::sendStringAdded, &scope,
-                [&](const QString &text, bool, qint64, qint64 count) {
-                    shown += text, shownBytes += count;
+                [text = &shown, bytes = &shownBytes](const QString &piece, bool, qint64, qint64 n) {
+                    *text += piece, *bytes += n;
                 });
         m_rig.worker->beginSendThread();
         QVERIFY(waitForStop('s'));

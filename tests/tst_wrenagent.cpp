@@ -20,8 +20,6 @@ namespace {
 
 constexpr int kUnansweredTimeoutMs = 150;
 constexpr quint32 kPlainAddress = 0x00001000;
-const QString kReadTimeout = QStringLiteral("WREN send, response to read command is timeout");
-const QString kWrongId = QStringLiteral("WREN Recv, packet ID does not match");
 
 // A read of 4 bytes or a write of 11 22 33 44 at kPlainAddress: the WrenError code it threw, or
 // -1 when it returned (its data then in *result, the error's reason in *reason).
@@ -111,6 +109,8 @@ private slots:
         // What comes back to the first access; code -1: the data comes back; the WrenError's reason.
         columns<QString, bool, int, QStringList, QString, QString>("script", "isRead", "code", "logged", "reason", "signal");
 
+        const QString kReadTimeout = QStringLiteral("WREN send, response to read command is timeout");
+        const QString kWrongId = QStringLiteral("WREN Recv, packet ID does not match");
         const QString lack = QStringLiteral("WREN Recv, lack of data packet");
         const QString verType = QStringLiteral("WREN Recv, VerType does is invalid");
         const QString noAck = QStringLiteral("WREN Recv, it's not Acknowledge packet");

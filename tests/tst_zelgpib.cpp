@@ -9,14 +9,6 @@
 #include <QtTest>
 #include <QtWidgets>
 
-// Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
-const QString kToEcho = "5038 403f 4040 4022 5030 ";
-const QString kFromEcho = "5038 403f 4042 4020 5030 ";
-const QString kSendTo2 = "ConnectButton TargetAddress=2 Command=";
-const QString kSendAB = kSendTo2 + "AB SendButton "; // with CR LF: 9 units
-// The echo box holds "AB" CR LF; the units so far are forgotten and what follows is shown as hex.
-const QString kEchoHoldsAB = kSendAB + "clear ShowAsHexCheckBox ";
-
 // The ZEL-GPIB tab in the main window, over loopback TCP to the emulator's GPIB module (meter at
 // GPIB address 1, echo box at 2) and UDP to its registers. Each row plays a user's steps and
 // checks the traffic the emulator saw (GPIB units, then register accesses), what the form showed
@@ -25,6 +17,13 @@ class tst_ZelGpib : public QObject
 {
     Q_OBJECT
 
+    // Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
+    const QString kToEcho = "5038 403f 4040 4022 5030 ";
+    const QString kFromEcho = "5038 403f 4042 4020 5030 ";
+    const QString kSendTo2 = "ConnectButton TargetAddress=2 Command=";
+    const QString kSendAB = kSendTo2 + "AB SendButton "; // with CR LF: 9 units
+    // The echo box holds "AB" CR LF; the units so far are forgotten, the rest is shown as hex.
+    const QString kEchoHoldsAB = kSendAB + "clear ShowAsHexCheckBox ";
     SimThread m_sim;
     std::unique_ptr<SimGpib> m_gpib;
     std::unique_ptr<AppContext> m_context;
