@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <netinet/in.h>
@@ -73,10 +74,10 @@ public:
     [[nodiscard]] bool ok() const { return m_ok; }
 
     // Returns the number of failed round trips.
-    int roundTrips(int count)
+    int roundTrips(int count, const std::atomic<bool> &stop)
     {
         int failed = 0;
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count && !stop; ++i) {
             if (::send(m_fd, kCommand, sizeof kCommand - 1, 0) < 0) {
                 ++failed;
                 continue;
@@ -112,13 +113,22 @@ double serverRate(LineClient &client, int count, int *failed)
     QElapsedTimer clock;
     clock.start();
     int clientFailed = 0;
+    std::atomic<bool> stop{false};
     std::thread thread([&] {
-        clientFailed = client.roundTrips(count);
+        clientFailed = client.roundTrips(count, stop);
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     });
-    QTimer::singleShot(kRunLimitMs, qApp, &QCoreApplication::quit);
+    // A local timer: one left over from an earlier run must not cut a later one short.
+    QTimer limit;
+    limit.setSingleShot(true);
+    QObject::connect(&limit, &QTimer::timeout, qApp, &QCoreApplication::quit);
+    limit.start(kRunLimitMs);
     QCoreApplication::exec();
+    // Cut short: the client stops at its next round trip (each bounded by its receive time-out).
+    stop = true;
     thread.join();
+    if (!limit.isActive())
+        ++*failed; // the run limit struck: count it as a failure of its own
     *failed += clientFailed;
     return count * 1e9 / double(qMax<qint64>(clock.nsecsElapsed(), 1));
 }
@@ -174,8 +184,13 @@ int main(int argc, char *argv[])
             QCoreApplication::quit();
     });
     poll.start(10);
-    QTimer::singleShot(kRunLimitMs, &app, &QCoreApplication::quit);
-    QCoreApplication::exec();
+    {
+        QTimer limit;
+        limit.setSingleShot(true);
+        QObject::connect(&limit, &QTimer::timeout, &app, &QCoreApplication::quit);
+        limit.start(kRunLimitMs);
+        QCoreApplication::exec();
+    }
     poll.stop();
     connector.join();
     if (!client || !client->ok()) {

@@ -219,5 +219,10 @@ QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
 void CommandInterpreter::aimAgent() const
 {
     const MavixSetting target = MavixSetting::current();
-    m_agent->setTarget(QHostAddress(target.ipAddress), target.udpPort);
+    // Parsed again only when the address text changes: most commands go to the same device.
+    if (target.ipAddress != m_targetText) {
+        m_targetText = target.ipAddress;
+        m_targetAddress = QHostAddress(target.ipAddress);
+    }
+    m_agent->setTarget(m_targetAddress, target.udpPort);
 }
