@@ -1,7 +1,13 @@
-// bench_server: "read 0 16" round trips per second through the remote-control server (a plain
-// blocking TCP client on its own thread, the server on the event loop) against direct reads of
-// 16 bytes through WrenAgent, both talking to the same in-process mavix-sim. Prints the median,
-// min and max of each and, last, "ratio: X" = server / direct.
+// bench_server: "read 0 16" round trips per second through the remote-control server against
+// direct 16-byte reads through WrenAgent, in one run, both against the same in-process mavix-sim
+// (its own thread) through the same agent and access gate.
+// Server figure: a plain POSIX blocking TCP client (Nagle off) on its own thread sends the line and
+// reads up to the prompt, as a script would; the server runs on the main thread's event loop, its
+// tab hidden unless "--show-tab" is given (then its log view is laid out as lines come). Direct
+// figure: the main thread calls WrenAgent::read in a loop. Both are timed over kRoundTrips after a
+// warm-up, kRepetitions times, alternating so that both see the same machine load; the median, min
+// and max of each are printed and, last, "ratio: X" = server median / direct median. Every run is
+// bounded: a receive time-out per round trip and a limit per run.
 #include "app/eventdispatcher.h"
 #include "server/servertab.h"
 #include "settings/mavixsetting.h"
@@ -171,6 +177,8 @@ int main(int argc, char *argv[])
     ServerTab server;
     server.setAgent(&agent);
     server.setPort(0);
+    if (QCoreApplication::arguments().contains(QStringLiteral("--show-tab")))
+        server.show();
     if (!server.start()) {
         std::fprintf(stderr, "bench_server: cannot listen\n");
         return 1;
