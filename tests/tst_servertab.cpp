@@ -181,6 +181,7 @@ private slots:
         QVERIFY(client.waitFor(kGreeting.size()));
         auto hold = std::make_unique<AccessGate::Hold>(f->agent.gate());
         client.socket.write("read 10 4\r\n");
+        QVERIFY(client.waitFor(kGreeting.size() + 13)); // the echo does not wait for the device
         QVERIFY(!QTest::qWaitFor([&] { return client.got.contains("OK:\r\n"); }, 300));
         QCOMPARE(f->accesses().size(), 0);
         hold.reset();
