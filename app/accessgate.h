@@ -39,7 +39,8 @@ public:
     };
 
     // Waits until `signal` of `sender` is emitted and `ready` (when given) holds, for at most
-    // timeoutMs. Returns Arrived at once when `ready` already holds.
+    // timeoutMs. Returns Arrived at once when `ready` already holds. Waits never nest: one asked
+    // for while another runs returns Aborted at once, so the outer one is never held hostage.
     template <typename Func>
     WaitResult waitFor(const typename QtPrivate::FunctionPointer<Func>::Object *sender, Func signal,
                        int timeoutMs, const std::function<bool()> &ready = {});
@@ -66,6 +67,8 @@ AccessGate::waitFor(const typename QtPrivate::FunctionPointer<Func>::Object *sen
 {
     if (ready && ready())
         return WaitResult::Arrived;
+    if (isWaiting())
+        return WaitResult::Aborted;
     QEventLoop loop;
     WaitResult result = WaitResult::TimedOut;
     const QMetaObject::Connection arrived = connect(sender, signal, &loop, [&] {

@@ -36,14 +36,36 @@ void AppModel::setSendUseHexFile(bool flag)
     m_sendOption.setUseHexFile(flag);
 }
 
-bool AppModel::setRecvFileName(const QString &name)
+TCPOutputOption *AppModel::currentRecvOption()
 {
-    return m_recvOption.setFileName(name);
+    AppModel *model = instance();
+    return model ? model->recvOption() : nullptr;
 }
 
-bool AppModel::setSendFileName(const QString &name)
+TCPOutputOption *AppModel::currentSendOption()
 {
-    return m_sendOption.setFileName(name);
+    AppModel *model = instance();
+    return model ? model->sendOption() : nullptr;
+}
+
+void AppModel::setRecvFileName(const QString &name)
+{
+    m_recvOption.setFileName(name);
+}
+
+void AppModel::setSendFileName(const QString &name)
+{
+    m_sendOption.setFileName(name);
+}
+
+bool AppModel::checkRecvFile()
+{
+    return m_recvOption.checkFile();
+}
+
+bool AppModel::checkSendFile()
+{
+    return m_sendOption.checkFile();
 }
 
 bool AppModel::setRecvFormat(const QString &text)

@@ -21,6 +21,11 @@ public:
     // The registered instance, or null before it is built and after it is gone.
     [[nodiscard]] static AppModel *instance();
 
+    // The options of the registered instance, or null without one: the one road by which the
+    // transfer worker, the dialogs and the TCP tab reach them.
+    [[nodiscard]] static TCPOutputOption *currentRecvOption();
+    [[nodiscard]] static TCPOutputOption *currentSendOption();
+
     // Transfer options
     [[nodiscard]] TCPOutputOption *recvOption() { return &m_recvOption; }
     [[nodiscard]] TCPOutputOption *sendOption() { return &m_sendOption; }
@@ -28,8 +33,11 @@ public:
     // Operations behind the TCP tab's widgets
     void setRecvUseHexFile(bool flag);
     void setSendUseHexFile(bool flag);
-    bool setRecvFileName(const QString &name);
-    bool setSendFileName(const QString &name);
+    void setRecvFileName(const QString &name);
+    void setSendFileName(const QString &name);
+    // Checks the chosen file and reports a problem; an empty receive file is said to save nothing.
+    bool checkRecvFile();
+    bool checkSendFile();
     bool setRecvFormat(const QString &text);
     bool setSendFormat(const QString &text);
 

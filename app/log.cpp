@@ -84,14 +84,14 @@ void rotate(const QString &path)
 
 } // namespace
 
-void logOpen(const QString &path, int threshold)
+bool logOpen(const QString &path, int threshold)
 {
     LogState &s = state();
     QMutexLocker lock(&s.mutex);
     const QByteArray native = QFile::encodeName(path);
     FILE *f = std::fopen(native.constData(), "a");
     if (!f)
-        return; // the log stays off; the program goes on without it
+        return false; // the log stays off; the program goes on without it
     s.threshold = threshold;
     // The separator stays in the stream's buffer, so the size asked for next is that of the
     // previous runs alone; when rotating, closing puts it at the end of the old file.
@@ -102,6 +102,7 @@ void logOpen(const QString &path, int threshold)
         f = std::fopen(native.constData(), "a");
     }
     s.file = f;
+    return f != nullptr;
 }
 
 void logClose()

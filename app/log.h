@@ -13,7 +13,7 @@ enum LogLevel : int {
 };
 
 // Life cycle
-void logOpen(const QString &path, int threshold);
+bool logOpen(const QString &path, int threshold); // false: the log stays off
 void logClose();
 [[nodiscard]] bool logEnabled(int level);
 

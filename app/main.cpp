@@ -3,9 +3,10 @@
 #include "app/appcontext.h"
 #include "app/eventdispatcher.h"
 #include "app/log.h"
+#include "app/report.h"
+#include "app/signalwatcher.h"
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"
-#include "app/terminationwatcher.h"
 #include "ui/mainwindow.h"
 
 #include <QApplication>
@@ -46,14 +47,14 @@ int main(int argc, char *argv[])
     preferPlainEventDispatcher();
     QApplication app(argc, argv);
     const StartupOptions options = parseStartupArguments(app.arguments(), showInvalidPortWarning);
-    if (options.loggingRequested) {
-        logOpen(QStringLiteral("MavixUtility.log"), options.logThreshold);
+    // A log that cannot be opened is said once the window can show it.
+    const QString logProblem = openRequestedLog(options, QStringLiteral("MavixUtility.log"));
+    if (options.loggingRequested)
         qInstallMessageHandler(messageHandler);
-    }
     LOG_INFO_MSG("Application start.");
 
-    TerminationWatcher termination;
-    QObject::connect(&termination, &TerminationWatcher::terminationRequested, &app,
+    SignalWatcher termination;
+    QObject::connect(&termination, &SignalWatcher::signalReceived, &app,
                      [] { QCoreApplication::exit(0); });
 
     int exitCode = 0;
@@ -61,6 +62,8 @@ int main(int argc, char *argv[])
         AppContext context(options.expert, options.serverMode, options.uiPort, false, nullptr,
                            options.target);
         context.mainWindow()->show();
+        if (!logProblem.isEmpty())
+            reportError(logProblem);
         exitCode = app.exec();
     }
 

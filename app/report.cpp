@@ -11,12 +11,6 @@ namespace {
 
 std::atomic<QObject *> g_target{nullptr};
 
-QString &titleStorage()
-{
-    static QString title;
-    return title;
-}
-
 void emitOnTarget(const char *signal, const QString &text)
 {
     // Invoked directly, the signal is emitted on the calling thread; the window's own connection
@@ -47,14 +41,4 @@ void setReportTarget(QObject *window)
 QObject *reportTarget()
 {
     return g_target.load();
-}
-
-QString errorTitle()
-{
-    return titleStorage();
-}
-
-void setErrorTitle(const QString &title)
-{
-    titleStorage() = title;
 }

@@ -12,7 +12,3 @@ void reportError(const QString &text);
 // showError(QString). Reports made while none is set reach only the log.
 void setReportTarget(QObject *window);
 QObject *reportTarget();
-
-// Window title of every error box of the program; empty until the main window sets it.
-QString errorTitle();
-void setErrorTitle(const QString &title);

@@ -1,6 +1,14 @@
 #include "app/startupoptions.h"
 
+#include "app/log.h"
+#include "app/validators.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -13,19 +21,14 @@ constexpr char kTarget[] = "-target:";
 void readUiPort(const QString &argument, StartupOptions &options,
                 const std::function<void()> &invalidPortWarning)
 {
-    if (argument == QLatin1String(kUiPort)) {
+    // The whole rest must be a port in decimal: "80x", "0x50" or "1e3" would otherwise start a
+    // server on a port the user did not ask for.
+    const std::optional<quint16> port = parsePort(argument.mid(int(sizeof kUiPort) - 1));
+    if (!port) {
         invalidPortWarning();
         return;
     }
-    // Scanned as a C long and kept in 32 bits: a sign, digits, anything after them ignored.
-    long scanned = -1;
-    std::sscanf(argument.toLocal8Bit().constData(), "-uiport:%ld", &scanned);
-    const auto value = static_cast<qint32>(scanned);
-    if (static_cast<quint32>(value) > 65535u) {
-        invalidPortWarning();
-        return;
-    }
-    options.uiPort = value;
+    options.uiPort = *port;
     options.serverMode = true;
 }
 
@@ -59,6 +62,15 @@ StartupOptions parseStartupArguments(const QStringList &arguments,
             options.target = argument.mid(int(sizeof kTarget) - 1);
     }
     return options;
+}
+
+QString openRequestedLog(const StartupOptions &options, const QString &path)
+{
+    if (!options.loggingRequested || logOpen(path, options.logThreshold))
+        return QString();
+    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+    return QCoreApplication::translate("main", "Cannot open the log file %1: %2")
+        .arg(QDir::current().absoluteFilePath(path), reason);
 }
 
 TargetParts splitTarget(const QString &text)

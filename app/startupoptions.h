@@ -23,6 +23,10 @@ struct StartupOptions
 [[nodiscard]] StartupOptions parseStartupArguments(const QStringList &arguments,
                                                    const std::function<void()> &invalidPortWarning);
 
+// Opens the log at the path when the options ask for it. Returns the translated reason when it
+// could not be opened (the log then stays off), an empty text otherwise.
+[[nodiscard]] QString openRequestedLog(const StartupOptions &options, const QString &path);
+
 // A "-target:" text split into its parts: HOST[:UDPPORT[:TCPPORT]], with an IPv6 host written in
 // brackets. Empty parts mean "leave as it is".
 struct TargetParts

@@ -171,7 +171,8 @@ int toolTransfer(bool receiving, quint16 port, const QString &path)
     TCPOutputOption *option = receiving ? model.recvOption() : model.sendOption();
     option->setDisplayMode(TCPOutputOption::kDisplayOff);
     option->setUseHexFile(false);
-    if (!option->setFileName(path))
+    option->setFileName(path);
+    if (!option->checkFile())
         return 1;
 
     QThread thread;

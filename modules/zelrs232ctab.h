@@ -1,13 +1,23 @@
-// The ZEL-RS232C tab: the serial bridge module's settings, line states and data.
+// The ZEL-RS232C tab: the serial bridge module's settings, line states and data. Settings travel
+// through the shared register-access agent; data through one TCP connection per connector.
 #pragma once
+
+#include "modules/rs232cconfig.h"
+#include "settings/mavixsetting.h"
 
 #include <QWidget>
 
+#include <array>
 #include <memory>
 
 namespace Ui {
 class ZELRS232CTab;
 }
+class QCheckBox;
+class QShortcut;
+class SerialConnectorSession;
+class WrenAgent;
+struct WrenError;
 
 class ZELRS232CTab : public QWidget
 {
@@ -17,6 +27,58 @@ public:
     explicit ZELRS232CTab(QWidget *parent = nullptr);
     ~ZELRS232CTab() override;
 
+    // Hands over the shared agent (not owned); the tab is ready from then on.
+    void setAgent(WrenAgent *agent);
+    [[nodiscard]] bool isReady() const { return m_agent != nullptr; }
+
+    // Time-outs: register accesses, and connecting, sending and receiving on a connector.
+    void setTimeouts(int accessMs, int dataMs);
+    void setAccessTimeoutMs(int ms) { m_accessTimeoutMs = ms; }
+
+signals:
+    void targetSettingChanged(MavixSetting setting);
+    void transmissionFailed();
+    void transmissionSuccessed();
+
+public slots:
+    void writeParameters();
+    void readParameters();
+    void toggleConnection();
+    void receive();
+    void sendData();
+    void maxReceiveLengthCheck();
+    void toggleDceDte(int index);
+    void applyTargetSettingChange(MavixSetting setting);
+
 private:
+    void connectForm();
+    [[nodiscard]] bool mayStart() const;
+    [[nodiscard]] Rs232c::Connector shownConnector() const { return m_shown; }
+    [[nodiscard]] SerialConnectorSession *shownSession() const;
+    [[nodiscard]] quint32 eepromOffset() const;
+    [[nodiscard]] QCheckBox *lineBox(Rs232c::Line line) const;
+
+    // Moving values between the form and the records.
+    void showFormat();
+    void showConnector();
+    void storeShownConnector();
+    void fillFlowItems();
+    void takePorts(const MavixSetting &block, bool running);
+    void updateConnectionState();
+
+    void readAndShow(quint32 offset);
+    void writeSequence(quint32 offset, quint16 port);
+    void reportAccessError(const WrenError &error);
+    void closeShownConnection();
+
     std::unique_ptr<Ui::ZELRS232CTab> m_ui;
+    WrenAgent *m_agent = nullptr;
+    std::array<SerialConnectorSession *, Rs232c::kConnectorCount> m_sessions{};
+    Rs232cConfig m_config;
+    Rs232c::Connector m_shown = Rs232c::Connector::Dte;
+    // The running copy's ports, where the connectors are reached.
+    MavixSetting m_running;
+    QShortcut *m_sendShortcut = nullptr;
+    int m_accessTimeoutMs;
+    int m_dataTimeoutMs;
 };

@@ -9,4 +9,6 @@ cmake --build "$build" -j"$(nproc)" --target mavix-screenshots
 for lang in en_US ja_JP; do
   LANG=$lang.UTF-8 LC_ALL=$lang.UTF-8 xvfb-run -a -s "-screen 0 1280x1024x24" \
     "$build/scripts/screenshots/mavix-screenshots" docs
+  LANG=$lang.UTF-8 LC_ALL=$lang.UTF-8 xvfb-run -a -s "-screen 0 1280x1024x24" \
+    "$build/scripts/screenshots/mavix-screenshots" docs -expert
 done

@@ -1,7 +1,8 @@
-// The Detail tab (expert mode): every device setting, read, validated, reset and written.
+// The Detail tab (expert mode): every field of the device's settings record, read, validated,
+// reset to the factory values and written through the General tab's sequences.
 #pragma once
 
-#include <QWidget>
+#include "settings/generaltab.h"
 
 #include <memory>
 
@@ -9,13 +10,21 @@ namespace Ui {
 class ExpertTab;
 }
 
-class ExpertTab : public QWidget
+class ExpertTab : public GeneralTab
 {
     Q_OBJECT
 
 public:
     explicit ExpertTab(QWidget *parent = nullptr);
     ~ExpertTab() override;
+
+public slots:
+    // Shows the factory values; nothing reaches the device until the user writes.
+    void resetDeviceInformation() override;
+
+protected:
+    void showSetting(const MavixSetting &setting) override;
+    [[nodiscard]] std::optional<MavixSetting> recordFromFields(const MavixSetting &base) override;
 
 private:
     std::unique_ptr<Ui::ExpertTab> m_ui;

@@ -1,9 +1,11 @@
 #include "settings/generaltab.h"
 
+#include "app/accessgate.h"
 #include "app/report.h"
 #include "ui_generaltab.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
+#include "wren/wrenreport.h"
 
 #include <QFontDatabase>
 #include <QHostAddress>
@@ -142,6 +144,7 @@ void GeneralTab::readDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
+    AccessGate::Hold hold(m_agent->gate());
     const std::optional<QByteArray> image = readImage(imageBase());
     if (!image)
         return;
@@ -161,6 +164,8 @@ void GeneralTab::writeDeviceInformation()
 {
     if (!isReady() || !applyTargetFields(true))
         return;
+    // The whole sequence is one device operation: nothing else may run between its steps.
+    AccessGate::Hold hold(m_agent->gate());
     const std::optional<QByteArray> image = readImage(imageBase());
     if (!image)
         return;
@@ -191,7 +196,7 @@ std::optional<MavixSetting> GeneralTab::recordFromFields(const MavixSetting &bas
     const QString ip = m_ui->GenWriteIPAddressTextarea->text();
     const QString tcpPort = m_ui->GenWriteTCPPortTextarea->text();
     const QString udpPort = m_ui->GenWriteUDPPortTextarea->text();
-    if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, true))
+    if (!MavixSetting::validateWriteFields(ip, tcpPort, udpPort, true))
         return std::nullopt;
 
     MavixSetting record = base;
@@ -209,25 +214,25 @@ quint32 GeneralTab::imageBase() const
 std::optional<QByteArray> GeneralTab::readImage(quint32 address)
 {
     try {
-        return m_agent->read(address, MavixSetting::kImageSize, WrenAgent::kAccessTimeoutMs);
+        QByteArray image = m_agent->read(address, MavixSetting::kImageSize, m_accessTimeoutMs);
+        if (image.size() == MavixSetting::kImageSize)
+            return image;
+        reportError(tr("Mavix Setting buffer is too small"));
     } catch (const WrenError &error) {
-        // Other failures have been logged by the agent in its own words.
-        if (error.code == WrenError::Timeout)
-            reportError(tr("Response to reading Mavix Setting is timeout"));
-        emit transmissionFailed();
-        return std::nullopt;
+        reportWrenError(error, tr("Response to reading Mavix Setting is timeout"));
     }
+    emit transmissionFailed();
+    return std::nullopt;
 }
 
 bool GeneralTab::writePermissionByte(quint8 value, const QString &timeoutMessage)
 {
     try {
         (void)m_agent->write(MavixSetting::kEepromPermission, QByteArray(1, char(value)),
-                             WrenAgent::kAccessTimeoutMs);
+                             m_accessTimeoutMs);
         return true;
     } catch (const WrenError &error) {
-        if (error.code == WrenError::Timeout)
-            reportError(timeoutMessage);
+        reportWrenError(error, timeoutMessage);
         emit transmissionFailed();
         return false;
     }
@@ -236,13 +241,13 @@ bool GeneralTab::writePermissionByte(quint8 value, const QString &timeoutMessage
 bool GeneralTab::writeImage(quint32 base, const QByteArray &image, const MavixSetting &record)
 {
     try {
-        (void)m_agent->write(base, image.left(kFirstPieceSize), WrenAgent::kAccessTimeoutMs);
+        (void)m_agent->write(base, image.left(kFirstPieceSize), m_accessTimeoutMs);
         (void)m_agent->write(base + kSecondPieceOffset, image.mid(kSecondPieceOffset),
-                             WrenAgent::kAccessTimeoutMs);
+                             m_accessTimeoutMs);
         return true;
     } catch (const WrenError &error) {
+        reportWrenError(error, tr("Response to writing Mavix Setting is timeout"));
         if (error.code == WrenError::Timeout) {
-            reportError(tr("Response to writing Mavix Setting is timeout"));
             // A device whose address was just changed answers only at the new one.
             m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
         }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "settings/mavixsetting.h"
+#include "wren/wrenagent.h"
 
 #include <QWidget>
 
@@ -28,6 +29,10 @@ public:
     // Hands over the shared agent (not owned); the tab is ready from then on.
     void setAgent(WrenAgent *agent);
     [[nodiscard]] bool isReady() const;
+
+    // Time-outs: every access waits this long for its reply (10000 ms unless a test shortens it).
+    void setAccessTimeoutMs(int timeoutMs) { m_accessTimeoutMs = timeoutMs; }
+    [[nodiscard]] int accessTimeoutMs() const { return m_accessTimeoutMs; }
 
     // Target fields
     // Validates the three target fields; when all pass, stores them in the current target setting
@@ -94,4 +99,5 @@ private:
     QLineEdit *m_targetTCPPort = nullptr;
     QLineEdit *m_targetUDPPort = nullptr;
     QCheckBox *m_eepromAccess = nullptr;
+    int m_accessTimeoutMs = kAccessTimeoutMs;
 };

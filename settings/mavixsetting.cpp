@@ -3,7 +3,6 @@
 #include "app/report.h"
 #include "app/validators.h"
 
-#include <QHostAddress>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QtEndian>
@@ -26,10 +25,6 @@ constexpr int kTimeoutDisconnectOffset = 42;
 constexpr int kReconnectIntervalOffset = 44;
 constexpr int kRetransmissionTimerOffset = 46;
 
-constexpr quint32 kPortLimit = 65536;
-constexpr quint32 kByteLimit = 256;
-constexpr quint32 kDisconnectTimeoutLimitMs = 16677126;
-
 quint16 readU16(const QByteArray &image, int offset)
 {
     return qFromBigEndian<quint16>(image.constData() + offset);
@@ -38,18 +33,6 @@ quint16 readU16(const QByteArray &image, int offset)
 void writeU16(QByteArray &image, int offset, quint16 value)
 {
     qToBigEndian<quint16>(value, image.data() + offset);
-}
-
-// Unsigned decimal conversion: "-1" does not convert, so it is refused rather than wrapped.
-bool parseDecimalBelow(const QString &text, quint32 limit, quint32 *value)
-{
-    bool ok = false;
-    const qulonglong converted = text.toULongLong(&ok, 10);
-    if (!ok || converted >= limit)
-        return false;
-    if (value)
-        *value = quint32(converted);
-    return true;
 }
 
 struct CurrentTarget
@@ -112,7 +95,9 @@ QByteArray MavixSetting::encode(const QByteArray &imageReadBefore) const
     flags = tcpKeepAliveEnabled ? quint8(flags | kKeepAliveMask) : quint8(flags & ~kKeepAliveMask);
     image[kFlagsOffset] = char(flags);
 
-    qToBigEndian<quint32>(QHostAddress(ipAddress).toIPv4Address(), image.data() + kIpOffset);
+    // Only an address that reads back as typed is written; anything else leaves the bytes as read.
+    if (const std::optional<quint32> ipv4 = parseDeviceAddress(ipAddress))
+        qToBigEndian<quint32>(*ipv4, image.data() + kIpOffset);
     writeU16(image, kTcpDataPortOffset, tcpDataPort);
     writeU16(image, kTcpCommandPortOffset, tcpCommandPort);
     writeU16(image, kMaxSegmentSizeOffset, tcpMaxSegmentSize);
@@ -183,8 +168,11 @@ void MavixSetting::registerMetaType()
     qRegisterMetaType<MavixSetting>("MavixSetting");
 }
 
-bool MavixSetting::validateTarget(const QString &ip, const QString &tcpPort, const QString &udpPort,
-                                  bool reportErrors)
+namespace {
+
+// The five checks of a typed address and two ports, run in order; the address rule is given.
+bool validateFields(AddressProblem addressProblem, const QString &tcpPort, const QString &udpPort,
+                    bool reportErrors)
 {
     bool valid = true;
     const auto check = [&valid, reportErrors](bool passed, const QString &message) {
@@ -194,49 +182,49 @@ bool MavixSetting::validateTarget(const QString &ip, const QString &tcpPort, con
         if (reportErrors)
             reportError(message);
     };
-    check(parseIP(ip), tr("IP address is invalid"));
-    check(ip != QLatin1String("0.0.0.0"), tr("0.0.0.0 is invalid"));
-    check(ip != QLatin1String("255.255.255.255"), tr("255.255.255.255 is invalid"));
-    check(parsePort(tcpPort, nullptr), tr("TCP Port number must be 0 to 65535"));
-    check(parsePort(udpPort, nullptr), tr("UDP Port number must be 0 to 65535"));
+    check(addressProblem != AddressProblem::Malformed &&
+              addressProblem != AddressProblem::Multicast,
+          MavixSetting::tr("IP address is invalid"));
+    check(addressProblem != AddressProblem::Unspecified, MavixSetting::tr("0.0.0.0 is invalid"));
+    check(addressProblem != AddressProblem::Broadcast,
+          MavixSetting::tr("255.255.255.255 is invalid"));
+    check(parsePort(tcpPort).has_value(), MavixSetting::tr("TCP Port number must be 0 to 65535"));
+    check(parsePort(udpPort).has_value(), MavixSetting::tr("UDP Port number must be 0 to 65535"));
     return valid;
+}
+
+template <typename T> bool store(const std::optional<T> &parsed, T *value)
+{
+    if (parsed && value)
+        *value = *parsed;
+    return parsed.has_value();
+}
+
+} // namespace
+
+bool MavixSetting::validateTarget(const QString &ip, const QString &tcpPort, const QString &udpPort,
+                                  bool reportErrors)
+{
+    return validateFields(checkTargetAddress(ip), tcpPort, udpPort, reportErrors);
+}
+
+bool MavixSetting::validateWriteFields(const QString &ip, const QString &tcpPort,
+                                       const QString &udpPort, bool reportErrors)
+{
+    return validateFields(checkDeviceAddress(ip), tcpPort, udpPort, reportErrors);
 }
 
 bool MavixSetting::parsePort(const QString &text, quint16 *value)
 {
-    quint32 converted = 0;
-    if (!parseDecimalBelow(text, kPortLimit, &converted))
-        return false;
-    if (value)
-        *value = quint16(converted);
-    return true;
+    return store(::parsePort(text), value);
 }
 
 bool MavixSetting::parseByte(const QString &text, quint8 *value)
 {
-    quint32 converted = 0;
-    if (!parseDecimalBelow(text, kByteLimit, &converted))
-        return false;
-    if (value)
-        *value = quint8(converted);
-    return true;
-}
-
-bool MavixSetting::parseIP(const QString &text)
-{
-    return isValidIPAddress(text);
+    return store(::parseByte(text), value);
 }
 
 bool MavixSetting::parseHex32(const QString &text, quint32 *value)
 {
-    if (!isValidRegisterAddress(text))
-        return false;
-    if (value)
-        *value = text.toUInt(nullptr, 16);
-    return true;
-}
-
-bool MavixSetting::parseDisconnectTimeout(const QString &text, quint32 *valueMs)
-{
-    return parseDecimalBelow(text, kDisconnectTimeoutLimitMs, valueMs);
+    return store(::parseHex32(text), value);
 }

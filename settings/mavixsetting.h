@@ -41,17 +41,18 @@ public:
     static void registerMetaType();
 
     // The five checks of a typed target (IP address, TCP data port, UDP port), all run in order.
-    // Each failure is reported as an error only when reportErrors is true.
+    // Each failure is reported as an error only when reportErrors is true. A target may be an IPv6
+    // address; an address written into the image must be a dotted IPv4 one.
     [[nodiscard]] static bool validateTarget(const QString &ip, const QString &tcpPort,
                                              const QString &udpPort, bool reportErrors);
+    [[nodiscard]] static bool validateWriteFields(const QString &ip, const QString &tcpPort,
+                                                  const QString &udpPort, bool reportErrors);
 
-    // Shared parsers of typed values; each returns false when the text is not acceptable and
-    // stores the value only when it is (the pointer may be null when only the check is wanted).
+    // The rules of app/validators.h in the form the tabs call them: false when the text is not
+    // acceptable; the value is stored only when it is (the pointer may be null).
     static bool parsePort(const QString &text, quint16 *value);
     static bool parseByte(const QString &text, quint8 *value);
-    static bool parseIP(const QString &text);
     static bool parseHex32(const QString &text, quint32 *value);
-    static bool parseDisconnectTimeout(const QString &text, quint32 *valueMs);
 
     // Fields, with the factory defaults.
     QString ipAddress = QStringLiteral("192.168.10.16");

@@ -1,10 +1,12 @@
 #include "settings/udptab.h"
 
+#include "app/accessgate.h"
 #include "app/report.h"
 #include "app/validators.h"
 #include "ui_udptab.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
+#include "wren/wrenreport.h"
 
 #include <QFontDatabase>
 #include <QLineEdit>
@@ -25,6 +27,10 @@ UDPTab::UDPTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::UDP
     m_ui->UDPDataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     // The history is kept by addAddressToCombobox(), not by the combo box itself.
     m_ui->UDPRegisterAddressCombobox->setInsertPolicy(QComboBox::NoInsert);
+    // The history is offered as a drop-down only: completing "1" inline into "1000" would send
+    // the write somewhere the user did not type.
+    m_ui->UDPRegisterAddressCombobox->setCompleter(nullptr);
+    m_ui->UDPDataLengthCombobox->setCompleter(nullptr);
     m_ui->UDPRegisterAddressCombobox->setEditText(QStringLiteral("00000000"));
     m_ui->UDPDataLengthCombobox->setCurrentText(QStringLiteral("16"));
 
@@ -138,13 +144,12 @@ void UDPTab::readMemory()
         return;
     }
 
+    AccessGate::Hold hold(m_agent->gate());
     QByteArray bytes;
     try {
-        bytes = m_agent->read(access->address, quint8(access->length), WrenAgent::kAccessTimeoutMs);
+        bytes = m_agent->read(access->address, quint8(access->length), m_accessTimeoutMs);
     } catch (const WrenError &error) {
-        // Other failures have been logged by the agent in its own words.
-        if (error.code == WrenError::Timeout)
-            reportError(tr("UDP read is timeout"));
+        reportWrenError(error, tr("UDP read is timeout"));
         emit transmissionFailed();
         return;
     }
@@ -185,11 +190,11 @@ void UDPTab::writeMemory()
         return;
     }
 
+    AccessGate::Hold hold(m_agent->gate());
     try {
-        (void)m_agent->write(access->address, *bytes, WrenAgent::kAccessTimeoutMs);
+        (void)m_agent->write(access->address, *bytes, m_accessTimeoutMs);
     } catch (const WrenError &error) {
-        if (error.code == WrenError::Timeout)
-            reportError(tr("UDP writing is timeout"));
+        reportWrenError(error, tr("UDP writing is timeout"));
         emit transmissionFailed();
         return;
     }

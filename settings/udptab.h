@@ -3,6 +3,7 @@
 #pragma once
 
 #include "settings/mavixsetting.h"
+#include "wren/wrenagent.h"
 
 #include <QWidget>
 
@@ -26,6 +27,8 @@ public:
     void setAgent(WrenAgent *agent);
     // Expert mode lifts the write protection of the top 64 KiB of the address space.
     void setExpertMode(bool expert);
+    // Time-outs: every access waits this long for its reply (10000 ms unless a test shortens it).
+    void setAccessTimeoutMs(int timeoutMs) { m_accessTimeoutMs = timeoutMs; }
 
     // The text of a read: 16 bytes a line, each line optionally led by its address.
     [[nodiscard]] static QString formatDump(quint32 address, const QByteArray &data,
@@ -55,4 +58,5 @@ private:
     std::unique_ptr<Ui::UDPTab> m_ui;
     WrenAgent *m_agent = nullptr;
     bool m_expert = false;
+    int m_accessTimeoutMs = kAccessTimeoutMs;
 };

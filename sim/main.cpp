@@ -1,12 +1,17 @@
 // mavix-sim: the emulated Mavix device as a console program. Prints the address and ports it
 // bound on one line, serves until SIGINT or SIGTERM, then prints its totals.
 #include "app/eventdispatcher.h"
+#include "app/signalwatcher.h"
+#include "app/validators.h"
 #include "sim/mavixsim.h"
-#include "sim/signalwatcher.h"
 #include "sim/simdataport.h"
+#include "sim/simgpib.h"
+#include "sim/simserialbridge.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <QTimer>
 
 #include <cstdio>
@@ -122,10 +127,10 @@ struct OptionSet
     }
 };
 
-std::optional<quint64> parseNumber(const QString &text, quint64 max, int base = 10)
+std::optional<quint64> parseNumber(const QString &text, quint64 max)
 {
     bool ok = false;
-    const quint64 value = text.trimmed().toULongLong(&ok, base);
+    const quint64 value = text.trimmed().toULongLong(&ok, 10);
     if (!ok || value > max)
         return std::nullopt;
     return value;
@@ -136,13 +141,31 @@ bool parseRange(const QString &text, quint32 *first, quint32 *last)
     const QStringList parts = text.split(QLatin1Char('-'));
     if (parts.size() != 2)
         return false;
-    const auto from = parseNumber(parts[0], 0xFFFFFFFFu, 16);
-    const auto to = parseNumber(parts[1], 0xFFFFFFFFu, 16);
+    const auto from = parseHex32(parts[0]);
+    const auto to = parseHex32(parts[1]);
     if (!from || !to || *from > *to)
         return false;
-    *first = quint32(*from);
-    *last = quint32(*to);
+    *first = *from;
+    *last = *to;
     return true;
+}
+
+// A file the data port cannot use is refused at start, not at the first connection.
+std::optional<QString> checkDataFiles(const Settings &settings)
+{
+    if (!settings.sourceFile.isEmpty()) {
+        QFile source(settings.sourceFile);
+        if (!QFileInfo(source).isFile() || !source.open(QIODevice::ReadOnly))
+            return tr("--source-file: cannot read %1").arg(settings.sourceFile);
+    }
+    if (!settings.sinkFile.isEmpty()) {
+        QFile sink(settings.sinkFile);
+        const bool usable = (!sink.exists() || QFileInfo(sink).isFile()) &&
+                            sink.open(QIODevice::WriteOnly | QIODevice::Append);
+        if (!usable)
+            return tr("--sink-file: cannot write %1").arg(settings.sinkFile);
+    }
+    return std::nullopt;
 }
 
 // Reads the command line into settings; on a bad value returns the message to show.
@@ -150,16 +173,18 @@ std::optional<QString> readSettings(const QCommandLineParser &parser, const Opti
                                     Settings *settings)
 {
     SimOptions &options = settings->options;
-    if (!options.address.setAddress(parser.value(o.address)))
+    // The device's own address and ports follow the tool's rules for a device address.
+    if (checkTargetAddress(parser.value(o.address)) != AddressProblem::None)
         return tr("--address: %1 is not an IP address").arg(parser.value(o.address));
-    const auto udpPort = parseNumber(parser.value(o.udpPort), 65535);
+    options.address.setAddress(parser.value(o.address));
+    const auto udpPort = parsePort(parser.value(o.udpPort));
     if (!udpPort)
         return tr("--udp-port must be 0 to 65535, not %1").arg(parser.value(o.udpPort));
-    const auto tcpPort = parseNumber(parser.value(o.tcpPort), 65535);
+    const auto tcpPort = parsePort(parser.value(o.tcpPort));
     if (!tcpPort)
         return tr("--tcp-port must be 0 to 65535, not %1").arg(parser.value(o.tcpPort));
-    options.udpPort = quint16(*udpPort);
-    options.tcpPort = quint16(*tcpPort);
+    options.udpPort = *udpPort;
+    options.tcpPort = *tcpPort;
     options.eepromPath = parser.value(o.eeprom);
     settings->verbose = parser.isSet(o.verbose);
     settings->stats = parser.isSet(o.stats);
@@ -213,6 +238,8 @@ std::optional<QString> readSettings(const QCommandLineParser &parser, const Opti
     }
     settings->sourceFile = parser.value(o.sourceFile);
     settings->sinkFile = parser.value(o.sinkFile);
+    if (const auto problem = checkDataFiles(*settings))
+        return problem;
     settings->stuck = parser.isSet(o.stuck);
     settings->keepOpen = parser.isSet(o.keepOpen);
     settings->hashing = !parser.isSet(o.noHash);
@@ -230,13 +257,14 @@ QString endpoint(const QHostAddress &address, quint16 port)
 QString totalsLine(const SimCounters &c)
 {
     return tr("mavix-sim: totals: %1 requests (%2 reads, %3 writes), %4 ignored, %5 replies "
-              "dropped, %6 bus errors")
+              "dropped, %6 bus errors, %7 delayed replies over the limit")
         .arg(c.requests)
         .arg(c.reads)
         .arg(c.writes)
         .arg(c.ignored)
         .arg(c.dropped)
-        .arg(c.busErrors);
+        .arg(c.busErrors)
+        .arg(c.delayOverflow);
 }
 
 void startStats(MavixSim *sim)
@@ -246,16 +274,53 @@ void startStats(MavixSim *sim)
     QObject::connect(timer, &QTimer::timeout, sim, [sim, previous] {
         const SimCounters now = sim->counters();
         printLine(stdout, tr("mavix-sim: %1 requests/s (%2 reads, %3 writes), %4 ignored, %5 "
-                             "dropped, %6 bus errors")
+                             "dropped, %6 bus errors, %7 delayed replies over the limit")
                               .arg(now.requests - previous->requests)
                               .arg(now.reads - previous->reads)
                               .arg(now.writes - previous->writes)
                               .arg(now.ignored - previous->ignored)
                               .arg(now.dropped - previous->dropped)
-                              .arg(now.busErrors - previous->busErrors));
+                              .arg(now.busErrors - previous->busErrors)
+                              .arg(now.delayOverflow - previous->delayOverflow));
         *previous = now;
     });
     timer->start(kStatsIntervalMs);
+}
+
+// --gpib: the ZEL-GPIB module with its instruments serves the data port instead of the plain modes.
+struct GpibOptions
+{
+    QCommandLineOption gpib{QStringLiteral("gpib"),
+                            tr("TCP data port: the ZEL-GPIB module, with a meter that answers "
+                               "*IDN? at GPIB address 1 and an echo box at address 2.")};
+    QCommandLineOption fault{QStringLiteral("gpib-fault"),
+                             tr("GPIB fault: answer the Nth unit of each connection with an error "
+                                "packet or not at all (error-packet:N or no-reply:N)."),
+                             tr("kind:n")};
+};
+
+// Returns the exit code to end with, or 0 once the module serves the data port.
+int startGpib(const QCommandLineParser &parser, const GpibOptions &o, const SimOptions &options,
+              MavixSim *sim, SimGpib *gpib)
+{
+    SimGpib::Fault fault = SimGpib::Fault::None;
+    int request = 0;
+    if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request)) {
+        printLine(stderr, tr("mavix-sim: --gpib-fault must be error-packet:N or no-reply:N, not %1")
+                              .arg(parser.value(o.fault)));
+        return kExitUsage;
+    }
+    gpib->setFault(fault, request);
+    if (!gpib->listen(options.address, options.tcpPort)) {
+        printLine(stderr, tr("mavix-sim: %1").arg(gpib->errorString()));
+        return kExitPortInUse;
+    }
+    sim->setTcpPort(gpib->port());
+    sim->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
+    printLine(stdout, tr("mavix-sim: gpib: meter at address %1, echo box at address %2")
+                          .arg(SimGpib::kMeterAddress)
+                          .arg(SimGpib::kEchoAddress));
+    return kExitOk;
 }
 
 } // namespace
@@ -272,7 +337,21 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const OptionSet options;
     options.addTo(parser);
+    const QCommandLineOption rs232cOption(
+        QStringLiteral("rs232c"),
+        tr("Serial bridge module: its DTE connector takes the TCP data port, its DCE connector "
+           "the next one (any free one with --tcp-port 0); the two are wired to each other."));
+    parser.addOption(rs232cOption);
+    const GpibOptions gpibOptions;
+    parser.addOptions({gpibOptions.gpib, gpibOptions.fault});
     parser.process(app);
+    // Both modules sit on the TCP data port; one device carries one of them.
+    const bool rs232c = parser.isSet(rs232cOption);
+    const bool gpibModule = parser.isSet(gpibOptions.gpib);
+    if (rs232c && gpibModule) {
+        printLine(stderr, tr("mavix-sim: --rs232c and --gpib both take the TCP data port"));
+        return kExitUsage;
+    }
 
     Settings settings;
     if (const auto error = readSettings(parser, options, &settings)) {
@@ -286,6 +365,11 @@ int main(int argc, char *argv[])
         printLine(stderr, tr("mavix-sim: %1").arg(sim.errorString()));
         return sim.startError() == SimStartError::AddressInUse ? kExitPortInUse : kExitUsage;
     }
+    SimGpib gpib;
+    if (gpibModule) {
+        if (const int exitCode = startGpib(parser, gpibOptions, settings.options, &sim, &gpib))
+            return exitCode;
+    }
     SimDataPort dataPort;
     dataPort.setMode(settings.tcpMode);
     dataPort.setSourceBytes(settings.sourceBytes);
@@ -295,11 +379,20 @@ int main(int argc, char *argv[])
     dataPort.setStuck(settings.stuck);
     dataPort.setKeepOpen(settings.keepOpen);
     dataPort.setHashing(settings.hashing);
-    if (!dataPort.listen(settings.options.address, settings.options.tcpPort)) {
-        printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
+    // A module (serial bridge or GPIB) takes the place of the data port.
+    if (!rs232c && !gpibModule) {
+        if (!dataPort.listen(settings.options.address, settings.options.tcpPort)) {
+            printLine(stderr, tr("mavix-sim: %1").arg(dataPort.errorString()));
+            return kExitPortInUse;
+        }
+        sim.setTcpPort(dataPort.port());
+    }
+    auto *bridge = rs232c ? new SimSerialBridge(&sim, &sim) : nullptr;
+    const quint16 tcpPort = settings.options.tcpPort;
+    if (bridge && !bridge->start(tcpPort, tcpPort == 0 ? 0 : quint16(tcpPort + 1))) {
+        printLine(stderr, tr("mavix-sim: %1").arg(bridge->errorString()));
         return kExitPortInUse;
     }
-    sim.setTcpPort(dataPort.port());
     QObject::connect(&dataPort, &SimDataPort::connectionFinished, &sim,
                      [](qint64 bytes, const QByteArray &sha256, double seconds) {
                          printLine(stdout, tr("mavix-sim: tcp: %1 bytes in %2 s, sha256 %3")
@@ -329,5 +422,13 @@ int main(int argc, char *argv[])
     printLine(stdout, QStringLiteral("mavix-sim: udp %1 tcp %2")
                           .arg(endpoint(sim.address(), sim.udpPort()),
                                endpoint(sim.address(), sim.tcpPort())));
+    if (bridge) {
+        QObject::connect(bridge, &SimSerialBridge::problemOccurred, &sim, [](const QString &text) {
+            printLine(stderr, tr("mavix-sim: %1").arg(text));
+        });
+        printLine(stdout, QStringLiteral("mavix-sim: rs232c dte %1 dce %2")
+                              .arg(endpoint(sim.address(), bridge->port(Rs232c::Connector::Dte)),
+                                   endpoint(sim.address(), bridge->port(Rs232c::Connector::Dce))));
+    }
     return app.exec();
 }

@@ -1,6 +1,7 @@
 #include "sim/mavixsim.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QtEndian>
 #include <QTimer>
@@ -43,6 +44,12 @@ bool MavixSim::start(const SimOptions &options)
     bool haveEepromFile = false;
     if (!options.eepromPath.isEmpty() && QFile::exists(options.eepromPath)) {
         QFile file(options.eepromPath);
+        // A FIFO or a device would block the read or never hold the image.
+        if (!QFileInfo(file).isFile()) {
+            m_startError = SimStartError::EepromFile;
+            m_errorString = tr("The EEPROM file %1 is not a regular file").arg(options.eepromPath);
+            return false;
+        }
         if (!file.open(QIODevice::ReadOnly)) {
             m_startError = SimStartError::EepromFile;
             m_errorString = tr("Cannot read the EEPROM file %1: %2")
@@ -192,7 +199,10 @@ void MavixSim::poke(quint32 address, const QByteArray &data)
 
 void MavixSim::readPendingDatagrams()
 {
-    while (m_socket && m_socket->hasPendingDatagrams()) {
+    // What is left after one turn's share waits for the next turn: the socket's read notifier
+    // fires again while datagrams are pending. (A readyRead that reads nothing would stop it.)
+    for (int served = 0; served < kDatagramsPerTurn && m_socket && m_socket->hasPendingDatagrams();
+         ++served) {
         QUdpSocket *socket = m_socket;
         const qint64 size =
             socket->readDatagram(m_request.data(), m_request.size(), &m_peer, &m_peerPort);
@@ -221,11 +231,18 @@ void MavixSim::serve(const char *datagram, qint64 size)
     }
     if (m_verbose)
         emit requestServed(describe(datagram, outcome));
+    if (outcome.reply && outcome.delayMs > 0 && m_delayedReplies >= kMaxDelayedReplies) {
+        QMutexLocker lock(&m_mutex);
+        ++m_counters.delayOverflow;
+        outcome.reply = false;
+    }
     if (outcome.reply && outcome.delayMs > 0) {
         // The device answers a port-changing write on the old port and only then moves.
+        ++m_delayedReplies;
         QTimer::singleShot(outcome.delayMs, this,
                            [this, stale = outcome.stale, reply = m_reply, peer = m_peer,
                             port = m_peerPort, moveTo = outcome.moveUdpTo] {
+                               --m_delayedReplies;
                                sendReply(stale, reply, peer, port);
                                if (moveTo >= 0)
                                    moveUdpPort(quint16(moveTo));
@@ -242,6 +259,10 @@ void MavixSim::serve(const char *datagram, qint64 size)
         saveEeprom();
     if (outcome.tcpWritten >= 0)
         emit tcpPortWritten(quint16(outcome.tcpWritten));
+    if (outcome.written) {
+        const auto *raw = reinterpret_cast<const uchar *>(datagram);
+        emit registersWritten(qFromBigEndian<quint32>(raw + 4), raw[3]);
+    }
 }
 
 bool MavixSim::isWellFormed(const char *datagram, qint64 size)
@@ -314,6 +335,7 @@ bool MavixSim::writeRegisters(quint32 address, const char *data, int length, Out
     const quint16 tcpBefore = SimRegisters::portAt(running, SimRegisters::kTcpDataPortOffset);
     if (!m_registers.write(address, data, length))
         return false;
+    outcome.written = true;
     const quint16 udpAfter = SimRegisters::portAt(running, SimRegisters::kUdpPortOffset);
     const quint16 tcpAfter = SimRegisters::portAt(running, SimRegisters::kTcpDataPortOffset);
     if (udpAfter != udpBefore)

@@ -35,6 +35,11 @@ public:
     static constexpr uchar kBusErrorBit = 0x01;
     // The access log keeps this many of the latest accesses.
     static constexpr int kAccessLogCapacity = 100000;
+    // Datagrams served in one turn of the event loop: a flood must leave time for the TCP data
+    // port, timers and signals.
+    static constexpr int kDatagramsPerTurn = 64;
+    // Replies held back by the delay fault at one time; further ones are dropped and counted.
+    static constexpr int kMaxDelayedReplies = 4096;
 
     explicit MavixSim(QObject *parent = nullptr);
     ~MavixSim() override;
@@ -70,6 +75,8 @@ signals:
     void requestServed(const QString &line); // one line per request, only while verbose
     void udpPortMoved(quint16 port);
     void tcpPortWritten(quint16 port); // a write changed the running copy's TCP data port
+    // A write was accepted (emitted on the emulator's thread before the next request is served).
+    void registersWritten(quint32 address, int length);
     void problemOccurred(const QString &text);
 
 private:
@@ -81,6 +88,7 @@ private:
         bool busError = false;
         int moveUdpTo = -1;
         int tcpWritten = -1;
+        bool written = false;
         bool eepromChanged = false;
         int delayMs = 0;
         QByteArray stale;
@@ -110,6 +118,7 @@ private:
     QByteArray m_previousReply;
     QHostAddress m_peer;
     quint16 m_peerPort = 0;
+    int m_delayedReplies = 0;
     QString m_eepromPath;
     SimStartError m_startError = SimStartError::None;
     QString m_errorString;

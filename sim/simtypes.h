@@ -75,5 +75,6 @@ struct SimCounters
     quint64 ignored = 0; // datagrams it could not make sense of: no reply
     quint64 dropped = 0; // replies held back by the drop fault
     quint64 busErrors = 0;
-    quint64 repliesSent = 0; // including stale copies
+    quint64 repliesSent = 0;   // including stale copies
+    quint64 delayOverflow = 0; // delayed replies dropped: kMaxDelayedReplies already waited
 };

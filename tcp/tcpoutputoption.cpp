@@ -70,33 +70,44 @@ QString TCPOutputOption::fileName() const
     return m_file.fileName();
 }
 
-bool TCPOutputOption::setFileName(const QString &name)
+void TCPOutputOption::setFileName(const QString &name)
 {
-    {
-        QMutexLocker lock(&m_mutex);
-        m_file.setFileName(name);
+    QMutexLocker lock(&m_mutex);
+    m_file.setFileName(name);
+}
+
+bool TCPOutputOption::checkFile() const
+{
+    const QString name = fileName();
+    if (name.isEmpty()) {
+        if (m_kind == kKindRecv)
+            reportResult(tr("Save To is empty: received data will not be saved."));
+        else
+            reportError(tr("Send file is not chosen."));
+        return m_kind == kKindRecv;
     }
-    // An empty name is a valid choice: receiving then only displays, and a send refuses to start.
-    if (name.isEmpty() || canOpen(name))
+    const QString problem = problemWith(name);
+    if (problem.isEmpty())
         return true;
-    reportError(tr("File cannot open"));
+    reportError(QStringLiteral("%1: %2 (%3)").arg(tr("File cannot open"), name, problem));
     return false;
 }
 
-// Tries the file the way the transfer will use it. The receive check neither truncates an
-// existing file nor leaves a new empty one behind.
-bool TCPOutputOption::canOpen(const QString &name) const
+QString TCPOutputOption::problemWith(const QString &name) const
 {
-    QFile probe(name);
-    if (m_kind == kKindSend)
-        return probe.open(QIODevice::ReadOnly);
-    const bool existed = QFileInfo::exists(name);
-    if (!probe.open(QIODevice::WriteOnly | QIODevice::Append))
-        return false;
-    probe.close();
-    if (!existed)
-        probe.remove();
-    return true;
+    const QFileInfo info(name);
+    if (info.isDir())
+        return tr("it is a folder");
+    if (m_kind == kKindSend) {
+        QFile probe(name);
+        return probe.open(QIODevice::ReadOnly) ? QString() : probe.errorString();
+    }
+    if (info.exists())
+        return info.isWritable() ? QString() : tr("it cannot be written");
+    const QFileInfo folder(info.absolutePath());
+    if (!folder.isDir())
+        return tr("the folder %1 does not exist").arg(folder.filePath());
+    return folder.isWritable() ? QString() : tr("no file can be made in %1").arg(folder.filePath());
 }
 
 int TCPOutputOption::utf8CharLength(char leadByte)

@@ -59,7 +59,11 @@ public:
 
     // File
     [[nodiscard]] QString fileName() const;
-    bool setFileName(const QString &name);
+    // Stores the name without touching the file; checkFile() looks at it when editing is done.
+    void setFileName(const QString &name);
+    // Reports why the file cannot be used as the transfer will use it, without creating,
+    // truncating or removing anything; an empty receive file is reported as saving nothing.
+    bool checkFile() const;
 
     // Bytes a UTF-8 character takes, from its first byte: 0 for a continuation byte, -1 for a
     // byte that cannot start one.
@@ -69,7 +73,7 @@ signals:
     void formatChanged();
 
 private:
-    [[nodiscard]] bool canOpen(const QString &name) const;
+    [[nodiscard]] QString problemWith(const QString &name) const;
 
     const int m_kind;
     std::atomic<int> m_displayMode{kDisplayOff};

@@ -80,6 +80,7 @@ void TCPRecvInfoDlg::connectWorker()
         connect(worker, &TCPThread::recvProgress, this, &TCPRecvInfoDlg::showProgress);
         connect(worker, &TCPThread::recvStringAdded, this, &TCPRecvInfoDlg::reserveTextOutput);
         connect(worker, &TCPThread::errorOccured, this, &TCPRecvInfoDlg::onErrorOccured);
+        connect(worker, &TCPThread::recvReported, this, &TCPRecvInfoDlg::showRunReport);
     }
     if (TCPOutputOption *recvOption = option())
         connect(recvOption, &TCPOutputOption::formatChanged, this,
@@ -88,8 +89,20 @@ void TCPRecvInfoDlg::connectWorker()
 
 TCPOutputOption *TCPRecvInfoDlg::option()
 {
-    AppModel *model = AppModel::instance();
-    return model ? model->recvOption() : nullptr;
+    return AppModel::currentRecvOption();
+}
+
+// The file of the run and how it ended and, in red, why it failed; a failed run is not announced
+// as finished.
+void TCPRecvInfoDlg::showRunReport(const QString &text, bool error)
+{
+    if (error) {
+        m_failed = true;
+        m_ui->ErrorLabel->setText(text);
+    } else {
+        const QString shown = m_ui->FileLabel->text();
+        m_ui->FileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
+    }
 }
 
 // Flags and format
@@ -158,6 +171,9 @@ void TCPRecvInfoDlg::beginReceive()
     m_elapsedTimer.start();
     m_stoppedElapsedMs = -1;
     m_recvSize = 0;
+    m_failed = false;
+    m_ui->ErrorLabel->clear();
+    m_ui->FileLabel->clear();
     m_ui->DataTextarea->clear();
     {
         QMutexLocker lock(&m_mutex);
@@ -187,7 +203,8 @@ void TCPRecvInfoDlg::onRecvStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STA
     if (status == TS_STARTING)
         reportResult(tr("Receiving began"));
     if (status == TS_STOP) {
-        reportResult(tr("Receiving finished"));
+        if (!m_failed)
+            reportResult(tr("Receiving finished"));
         if (m_elapsedTimer.isValid() && m_stoppedElapsedMs < 0)
             m_stoppedElapsedMs = m_elapsedTimer.elapsed();
         refreshFigures();
@@ -279,8 +296,7 @@ void TCPRecvInfoDlg::textOutput(bool forceAll)
     if (shown > 0) {
         const QByteArray bytes = m_pending.left(shown);
         m_pending.remove(0, shown);
-        appendToTextArea(mode == kDisplayText ? QString::fromUtf8(bytes)
-                                              : QString::fromLatin1(bytes));
+        appendToTextArea(QString::fromUtf8(bytes)); // hex text carries the format's UTF-8
     }
     // A partial character alone waits for the worker's next recvStringAdded().
     if (workerMayHoldMore)

@@ -49,6 +49,7 @@ public slots:
     void onErrorOccured(TCPTHREAD_ERROR error);
     void onRecvStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
     void onFormatChanged();
+    void showRunReport(const QString &text, bool error);
 
 public:
     Q_INVOKABLE void textOutput(bool forceAll);
@@ -71,6 +72,7 @@ private:
     bool m_textOutputReserved = false;
     QByteArray m_pending; // display bytes taken from the worker and not shown yet
     qint64 m_recvSize = 0;
+    bool m_failed = false; // the current run has reported a failure
     // The receive status as last announced by the worker: the widgets follow it in step with the
     // data and progress signals queued before it.
     THREAD_STATUS m_status = TS_STOP;

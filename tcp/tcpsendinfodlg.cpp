@@ -53,12 +53,25 @@ void TCPSendInfoDlg::connectWorker()
     connect(worker, &TCPThread::sendStringAdded, this, &TCPSendInfoDlg::addString);
     connect(worker, &TCPThread::sendProgress, this, &TCPSendInfoDlg::showProgress);
     connect(worker, &TCPThread::errorOccured, this, &TCPSendInfoDlg::onErrorOccured);
+    connect(worker, &TCPThread::sendReported, this, &TCPSendInfoDlg::showRunReport);
 }
 
 TCPOutputOption *TCPSendInfoDlg::option()
 {
-    AppModel *model = AppModel::instance();
-    return model ? model->sendOption() : nullptr;
+    return AppModel::currentSendOption();
+}
+
+// The file of the run and how it ended and, in red, why it failed; a failed run is not announced
+// as finished.
+void TCPSendInfoDlg::showRunReport(const QString &text, bool error)
+{
+    if (error) {
+        m_failed = true;
+        m_ui->ErrorLabel->setText(text);
+    } else {
+        const QString shown = m_ui->FileLabel->text();
+        m_ui->FileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
+    }
 }
 
 qint64 TCPSendInfoDlg::sendFileSize()
@@ -89,6 +102,9 @@ void TCPSendInfoDlg::beginSend()
     m_sentSize = 0;
     m_elapsedMsec = 1;
     m_lastRefreshMs = 0;
+    m_failed = false;
+    m_ui->ErrorLabel->clear();
+    m_ui->FileLabel->clear();
     worker->beginSendThread();
 }
 
@@ -102,9 +118,9 @@ void TCPSendInfoDlg::stopSend()
         LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(status)));
         return;
     }
-    // Queued: the send loop looks at its event queue once per chunk, so the GUI never waits
-    // for the send loop.
-    QMetaObject::invokeMethod(worker, "stopSending", Qt::QueuedConnection);
+    // A direct call: the worker never holds its lock across a wait for the device, and its send
+    // loop looks at the status between short waits, so the stop takes effect at once.
+    worker->stopSending();
     reportError(TransferFigures::lossText(m_sentSize, sendFileSize()));
 }
 
@@ -127,7 +143,8 @@ void TCPSendInfoDlg::onSendStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STA
     if (status == TS_STARTING)
         reportResult(tr("Sending began"));
     if (status == TS_STOP) {
-        reportResult(tr("Sending finished"));
+        if (!m_failed)
+            reportResult(tr("Sending finished"));
         refreshDisplay();
     }
 }

@@ -35,6 +35,7 @@ public slots:
     void addString(const QString &text, bool formatted, qint64 bytesFrom, qint64 bytes);
     void showProgress(qint64 sentSize, qint64 fileSize, qint64 elapsedMsec);
     void onSendStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
+    void showRunReport(const QString &text, bool error);
 
 private:
     void connectForm();
@@ -49,6 +50,7 @@ private:
     qint64 m_fileSize = 0;
     qint64 m_elapsedMsec = 1;
     qint64 m_lastRefreshMs = 0; // run time of the last display refresh
+    bool m_failed = false;      // the current run has reported a failure
     // The send status as last announced by the worker: the buttons and the bar follow it in step
     // with the progress signals queued before it, so the last report of a run still fills the bar.
     THREAD_STATUS m_status = TS_STOP;

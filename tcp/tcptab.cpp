@@ -8,6 +8,7 @@
 #include "ui_tcptab.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 
 TCPTab::TCPTab(QWidget *parent) : QWidget(parent), m_ui(new Ui::TCPTab)
 {
@@ -26,27 +27,15 @@ TCPTab::TCPTab(QWidget *parent) : QWidget(parent), m_ui(new Ui::TCPTab)
 
 TCPTab::~TCPTab() = default;
 
-TCPOutputOption *TCPTab::recvOption()
-{
-    AppModel *model = AppModel::instance();
-    return model ? model->recvOption() : nullptr;
-}
-
-TCPOutputOption *TCPTab::sendOption()
-{
-    AppModel *model = AppModel::instance();
-    return model ? model->sendOption() : nullptr;
-}
-
 // Before the form is connected, so that filling it applies nothing back.
 void TCPTab::loadOptions()
 {
-    if (TCPOutputOption *option = recvOption()) {
+    if (TCPOutputOption *option = AppModel::currentRecvOption()) {
         m_ui->TCPRecvFileTextConvertCheckbox->setChecked(option->useHexFile());
         m_ui->TCPRecvFormatTextarea->setText(option->format());
         m_ui->TCPRecvPathTextarea->setText(option->fileName());
     }
-    if (TCPOutputOption *option = sendOption()) {
+    if (TCPOutputOption *option = AppModel::currentSendOption()) {
         m_ui->TCPSendFileTextConvertCheckbox->setChecked(option->useHexFile());
         m_ui->TCPSendFormatTextarea->setText(option->format());
         m_ui->TCPSendPathTextarea->setText(option->fileName());
@@ -61,7 +50,9 @@ void TCPTab::connectForm()
 
     connect(m_ui->TCPRecvFileTextConvertCheckbox, &QCheckBox::clicked, this,
             &TCPTab::applyRecvFormatUse);
+    // Every keystroke stores the name; it is checked once editing is finished.
     connect(m_ui->TCPRecvPathTextarea, &QLineEdit::textChanged, this, &TCPTab::applyRecvFile);
+    connect(m_ui->TCPRecvPathTextarea, &QLineEdit::editingFinished, this, &TCPTab::checkRecvFile);
     connect(m_ui->TCPRecvPathRefferenceButton, &QPushButton::clicked, this,
             &TCPTab::openRecvFileRefferenceDialog);
     connect(m_ui->TCPRecvPathOpenButton, &QPushButton::clicked, this, &TCPTab::openRecvFile);
@@ -71,13 +62,14 @@ void TCPTab::connectForm()
     connect(m_ui->TCPSendFileTextConvertCheckbox, &QCheckBox::clicked, this,
             &TCPTab::applySendFormatUse);
     connect(m_ui->TCPSendPathTextarea, &QLineEdit::textChanged, this, &TCPTab::applySendFile);
+    connect(m_ui->TCPSendPathTextarea, &QLineEdit::editingFinished, this, &TCPTab::checkSendFile);
     connect(m_ui->TCPSendPathRefferenceButton, &QPushButton::clicked, this,
             &TCPTab::openSendFileRefferenceDialog);
     connect(m_ui->TCPSendPathOpenButton, &QPushButton::clicked, this, &TCPTab::openSendFile);
     connect(m_ui->TCPSendFormatTextarea, &QLineEdit::editingFinished, this,
             &TCPTab::applySendFormat);
 
-    if (TCPOutputOption *option = recvOption())
+    if (TCPOutputOption *option = AppModel::currentRecvOption())
         connect(option, &TCPOutputOption::formatChanged, this, &TCPTab::onTcpRecvFormatChanged);
 }
 
@@ -138,20 +130,40 @@ void TCPTab::applyRecvFormatUse()
 void TCPTab::applyRecvFile(const QString &name)
 {
     if (AppModel *model = AppModel::instance())
-        (void)model->setRecvFileName(name); // a name that cannot be opened is reported there
+        model->setRecvFileName(name);
+    m_recvNameChecked = false;
+}
+
+// A name is checked once per change, when editing is finished or a chooser has set it.
+void TCPTab::checkRecvFile()
+{
+    AppModel *model = AppModel::instance();
+    if (!model || m_recvNameChecked)
+        return;
+    m_recvNameChecked = true;
+    (void)model->checkRecvFile(); // a problem is reported there
 }
 
 void TCPTab::openRecvFileRefferenceDialog()
 {
     const QString name = QFileDialog::getSaveFileName(this, tr("Select output to"), QString(),
                                                       tr("All format file (*.*)"));
-    if (!name.isEmpty())
-        m_ui->TCPRecvPathTextarea->setText(name);
+    if (name.isEmpty())
+        return;
+    m_ui->TCPRecvPathTextarea->setText(name);
+    checkRecvFile();
 }
 
 void TCPTab::openRecvFile()
 {
-    openFileInShell(m_ui->TCPRecvPathTextarea->text());
+    openFileInShell(absolutePath(m_ui->TCPRecvPathTextarea->text()));
+}
+
+// The system's file opener takes only absolute paths; a relative one is taken from the working
+// folder, where the transfer finds it too.
+QString TCPTab::absolutePath(const QString &path)
+{
+    return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
 }
 
 void TCPTab::applyRecvFormat()
@@ -162,7 +174,7 @@ void TCPTab::applyRecvFormat()
 
 void TCPTab::onTcpRecvFormatChanged()
 {
-    TCPOutputOption *option = recvOption();
+    TCPOutputOption *option = AppModel::currentRecvOption();
     if (option && m_ui->TCPRecvFormatTextarea->text() != option->format())
         m_ui->TCPRecvFormatTextarea->setText(option->format());
 }
@@ -178,20 +190,32 @@ void TCPTab::applySendFormatUse()
 void TCPTab::applySendFile(const QString &name)
 {
     if (AppModel *model = AppModel::instance())
-        (void)model->setSendFileName(name);
+        model->setSendFileName(name);
+    m_sendNameChecked = false;
+}
+
+void TCPTab::checkSendFile()
+{
+    AppModel *model = AppModel::instance();
+    if (!model || m_sendNameChecked)
+        return;
+    m_sendNameChecked = true;
+    (void)model->checkSendFile();
 }
 
 void TCPTab::openSendFileRefferenceDialog()
 {
     const QString name = QFileDialog::getOpenFileName(this, tr("Choose send file"), QString(),
                                                       tr("All format file (*.*)"));
-    if (!name.isEmpty())
-        m_ui->TCPSendPathTextarea->setText(name);
+    if (name.isEmpty())
+        return;
+    m_ui->TCPSendPathTextarea->setText(name);
+    checkSendFile();
 }
 
 void TCPTab::openSendFile()
 {
-    openFileInShell(m_ui->TCPSendPathTextarea->text());
+    openFileInShell(absolutePath(m_ui->TCPSendPathTextarea->text()));
 }
 
 void TCPTab::applySendFormat()

@@ -53,6 +53,10 @@ public slots:
     void openSendFile();
     void applySendFormat();
 
+    // File checks, once editing is finished or a chooser has set the name
+    void checkRecvFile();
+    void checkSendFile();
+
     // Worker status
     void onTcpRecvStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
     void onTcpSendStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
@@ -66,11 +70,14 @@ private:
     void connectWorker();
     void showTarget();
     static void showDialog(QDialog *dialog);
-    [[nodiscard]] static TCPOutputOption *recvOption();
-    [[nodiscard]] static TCPOutputOption *sendOption();
+    [[nodiscard]] static QString absolutePath(const QString &path);
 
     std::unique_ptr<Ui::TCPTab> m_ui;
     TCPRecvInfoDlg *m_recvDialog = nullptr;
     TCPSendInfoDlg *m_sendDialog = nullptr;
     MavixSetting m_setting;
+    // The names in the fields have been checked since they last changed: leaving a field checks
+    // once.
+    bool m_recvNameChecked = true;
+    bool m_sendNameChecked = true;
 };

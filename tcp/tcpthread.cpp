@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <limits>
 
 namespace {
 
@@ -30,7 +31,6 @@ TCPThread::TCPThread(QThread *thread, QObject *parent) : QObject(parent)
 {
     registerThreadMetaTypes();
     m_flushTimer = new QTimer(this);
-    m_backPressureTimer = new QTimer(this);
     m_recvProgressDue = new QTimer(this);
     m_fileChunk.resize(kChunkBytes);
     m_recvChunk.resize(kChunkBytes);
@@ -38,9 +38,6 @@ TCPThread::TCPThread(QThread *thread, QObject *parent) : QObject(parent)
     moveToThread(thread);
     connect(m_flushTimer, &QTimer::timeout, this, &TCPThread::onRecvFileFlushTimeout);
     m_flushTimer->setInterval(kFlushIntervalMs);
-    m_backPressureTimer->setSingleShot(true);
-    m_backPressureTimer->setInterval(kBackPressureRetryMs);
-    connect(m_backPressureTimer, &QTimer::timeout, this, &TCPThread::reserveRecvData);
     m_recvProgressDue->setSingleShot(true);
     m_recvProgressDue->setInterval(kProgressIntervalMs);
     connect(m_recvProgressDue, &QTimer::timeout, this, [this] {
@@ -72,16 +69,33 @@ bool TCPThread::onWorkerThread() const
     return QThread::currentThread() == thread();
 }
 
-TCPOutputOption *TCPThread::recvOption()
+void TCPThread::setTimeouts(int connectMs, int writeMs, int disconnectMs)
 {
-    AppModel *model = AppModel::instance();
-    return model ? model->recvOption() : nullptr;
+    m_connectTimeoutMs = connectMs;
+    m_writeTimeoutMs = writeMs;
+    m_disconnectTimeoutMs = disconnectMs;
 }
 
-TCPOutputOption *TCPThread::sendOption()
+// A failure ends the run: the message area and the dialog of that direction say why.
+void TCPThread::failSend(const QString &text, TCPTHREAD_ERROR error)
 {
-    AppModel *model = AppModel::instance();
-    return model ? model->sendOption() : nullptr;
+    reportError(text);
+    emit sendReported(text, true);
+    emit errorOccured(error);
+}
+
+void TCPThread::failRecv(const QString &text, TCPTHREAD_ERROR error)
+{
+    reportError(text);
+    emit recvReported(text, true);
+    emit errorOccured(error);
+}
+
+QString TCPThread::savedText() const
+{
+    if (m_recvFile.fileName().isEmpty())
+        return tr("Nothing was saved (Save To is empty).");
+    return tr("%1 bytes were saved to %2.").arg(m_savedBytes).arg(m_recvFile.fileName());
 }
 
 THREAD_STATUS TCPThread::recvStatus() const
@@ -133,14 +147,14 @@ void TCPThread::setRecvStatus(THREAD_STATUS status)
         m_flushTimer->start();
     } else {
         m_flushTimer->stop();
-        m_backPressureTimer->stop();
         m_recvProgressDue->stop();
     }
     if (status == TS_STOP) {
         if (m_socket)
             disconnect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::reserveRecvData);
         if (m_recvFile.isOpen()) {
-            writeRecvBlock();
+            if (!writeRecvBlock())
+                failRecv(m_recvFileError, TTE_RECV_ERROR);
             LOG_INFO_MSG("recv file closed");
             m_recvFile.close();
         }
@@ -164,14 +178,22 @@ bool TCPThread::connectToDevice()
     m_socket = socket;
     socket->connectToHost(target.ipAddress, target.tcpDataPort, QIODevice::ReadWrite);
     lock.unlock();
-    const bool connected = socket->waitForConnected(kConnectTimeoutMs);
+    const bool connected = socket->waitForConnected(m_connectTimeoutMs);
     lock.relock();
     if (connected) {
         connect(socket, &QAbstractSocket::errorOccurred, this, &TCPThread::onSocketError);
         return true;
     }
     reserveCloseSocket(0);
-    reportError(tr("Fail to connect to device"));
+    const QString text = QStringLiteral("%1: %2:%3 (%4)")
+                             .arg(tr("Fail to connect to device"), target.ipAddress)
+                             .arg(target.tcpDataPort)
+                             .arg(socket->errorString());
+    reportError(text);
+    if (m_sendStatus == TS_STARTING)
+        emit sendReported(text, true);
+    if (m_recvStatus == TS_STARTING)
+        emit recvReported(text, true);
     emit errorOccured(TTE_CONNECT_ERROR);
     return false;
 }
@@ -203,13 +225,28 @@ void TCPThread::onSocketError(QAbstractSocket::SocketError error)
     const QString errorString = m_socket ? m_socket->errorString() : QString();
     // Bytes the socket took in before the connection ended still belong in the file.
     if (m_recvStatus == TS_RUN && m_socket && m_socket->bytesAvailable() > 0) {
-        const HexLayout layout = recvOption() ? recvOption()->layout() : HexLayout();
+        const TCPOutputOption *option = AppModel::currentRecvOption();
+        const HexLayout layout = option ? option->layout() : HexLayout();
         if (layout.bytesPerLine() > 0)
             readAvailable(layout, true);
     }
-    reportError(QStringLiteral("%1: %2").arg(tr("TCP error occured"), errorString));
-    emit errorOccured(TTE_CONNECT_ERROR);
-    emitRecvProgress(true);
+    const QString failure = QStringLiteral("%1: %2").arg(tr("TCP error occured"), errorString);
+    if (m_recvStatus == TS_RUN) {
+        emitRecvProgress(true);
+        // A device that sends a finite stream ends it by closing: that is how a receive ends.
+        if (!writeRecvBlock()) {
+            failRecv(m_recvFileError, TTE_RECV_ERROR);
+        } else if (error == QAbstractSocket::RemoteHostClosedError) {
+            const QString text =
+                QStringLiteral("%1 %2").arg(tr("The device closed the connection."), savedText());
+            reportResult(text);
+            emit recvReported(text, false);
+        } else {
+            failRecv(QStringLiteral("%1. %2").arg(failure, savedText()), TTE_CONNECT_ERROR);
+        }
+    }
+    if (m_sendStatus == TS_RUN)
+        failSend(failure, TTE_CONNECT_ERROR);
     setRecvStatus(TS_STOP);
     setSendStatus(TS_STOP);
     reserveCloseSocket(0);
@@ -264,12 +301,19 @@ void TCPThread::closeSocket()
     }
     QTcpSocket *socket = m_socket;
     socket->disconnect();
+    const bool dropUnsent = m_sendStopped;
+    m_sendStopped = false;
     lock.unlock();
     // Both directions are stopped and the socket's signals are cut, so nothing else touches the
-    // socket while this thread waits for the device to take the last bytes.
-    socket->disconnectFromHost();
-    if (socket->state() != QAbstractSocket::UnconnectedState)
-        socket->waitForDisconnected(kDisconnectTimeoutMs);
+    // socket while this thread waits for the device to take the last bytes. After a stop the
+    // unsent bytes are given up at once, as the loss report told the user.
+    if (dropUnsent && socket->bytesToWrite() > 0) {
+        socket->abort();
+    } else {
+        socket->disconnectFromHost();
+        if (socket->state() != QAbstractSocket::UnconnectedState)
+            socket->waitForDisconnected(m_disconnectTimeoutMs);
+    }
     socket->close();
     lock.relock();
     delete socket;
@@ -308,6 +352,7 @@ bool TCPThread::prepareSendRun()
         return false;
     }
     setSendStatus(TS_STARTING);
+    m_sendStopped = false;
     m_sentSize = 0;
     m_elapsedTimer.start();
     m_displayedSize = 0;
@@ -315,14 +360,18 @@ bool TCPThread::prepareSendRun()
     m_reportedSentSize = -1;
     m_queuedBytes = 0;
     m_hexDecoder.reset();
-    TCPOutputOption *option = sendOption();
+    TCPOutputOption *option = AppModel::currentSendOption();
     const QString name = option ? option->fileName() : QString();
     m_sendFile.setFileName(name);
     if (name.isEmpty() || !m_sendFile.open(QIODevice::ReadOnly)) {
-        reportError(tr("Send file cannot open"));
+        const QString reason = name.isEmpty()
+                                   ? tr("no send file is chosen")
+                                   : QStringLiteral("%1 (%2)").arg(name, m_sendFile.errorString());
+        failSend(QStringLiteral("%1: %2").arg(tr("Send file cannot open"), reason), TTE_SEND_ERROR);
         setSendStatus(TS_STOP);
         return false;
     }
+    emit sendReported(tr("Sending %1").arg(name), false);
     m_sendFileSize = m_sendFile.size();
     m_sendHexFile = option->useHexFile();
     m_sendLayout = option->layout();
@@ -351,7 +400,8 @@ void TCPThread::runSendLoop()
             break;
         }
         const QByteArrayView payload = toPayload(fileBytes);
-        if (sendOption() && sendOption()->showData() && m_displayedSize < kSendDisplayLimitBytes)
+        if (AppModel::currentSendOption() && AppModel::currentSendOption()->showData() &&
+            m_displayedSize < kSendDisplayLimitBytes)
             showSentChunk(fileBytes, payload, m_sentSize + batchFileBytes);
         if (!queueToSocket(payload))
             break;
@@ -397,7 +447,7 @@ void TCPThread::showSentChunk(qint64 fileBytes, QByteArrayView payload, qint64 b
     }
     m_displayedSize += covered;
     if (!text.isEmpty())
-        emit sendStringAdded(QString::fromLatin1(text), true, bytesFrom, covered);
+        emit sendStringAdded(QString::fromUtf8(text), true, bytesFrom, covered);
 }
 
 bool TCPThread::queueToSocket(QByteArrayView payload)
@@ -416,8 +466,8 @@ bool TCPThread::queueToSocket(QByteArrayView payload)
     return true;
 }
 
-// Waits until the system has taken every queued byte; each wait that sees no progress for the
-// write time-out ends the run.
+// Waits until the system has taken every queued byte, in short slices so that a stop ends the
+// wait at once; a wait that sees no progress for the write time-out ends the run.
 bool TCPThread::handOverBatch(qint64 *batchFileBytes)
 {
     QTcpSocket *socket = nullptr;
@@ -427,14 +477,22 @@ bool TCPThread::handOverBatch(qint64 *batchFileBytes)
     }
     if (socket) {
         socket->flush();
-        while (socket->bytesToWrite() > 0) {
-            if (!socket->waitForBytesWritten(kWriteTimeoutMs)) {
-                if (sendStatus() == TS_RUN) {
-                    reportError(tr("TCP write is timeout"));
-                    emit errorOccured(TTE_SEND_ERROR);
-                }
+        QElapsedTimer sinceProgress;
+        sinceProgress.start();
+        qint64 pending = socket->bytesToWrite();
+        while (pending > 0) {
+            if (sendStatus() != TS_RUN)
+                return false;
+            if (socket->state() != QAbstractSocket::ConnectedState)
+                return false; // the connection is gone; its error has been reported
+            if (sinceProgress.elapsed() >= m_writeTimeoutMs) {
+                failSend(tr("TCP write is timeout"), TTE_SEND_ERROR);
                 return false;
             }
+            socket->waitForBytesWritten(kStopPollMs);
+            if (socket->bytesToWrite() < pending)
+                sinceProgress.restart();
+            pending = socket->bytesToWrite();
         }
     }
     m_queuedBytes = 0;
@@ -446,7 +504,7 @@ bool TCPThread::handOverBatch(qint64 *batchFileBytes)
 void TCPThread::finishSendFile()
 {
     if (m_sentSize != m_sendFileSize)
-        reportError(tr("File size does not match the send size."));
+        failSend(tr("File size does not match the send size."), TTE_SEND_ERROR);
     emitSendProgress(true);
     emit writeFinished();
 }
@@ -487,6 +545,7 @@ void TCPThread::stopSending()
         LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(m_sendStatus)));
         return;
     }
+    m_sendStopped = true;
     setSendStatus(TS_STOPPING);
 }
 
@@ -499,7 +558,7 @@ void TCPThread::beginRecvThread()
         return;
     }
     LOG_INFO_MSG("begin recv thread");
-    if (!recvOption() || recvOption()->bytesPerLine() == 0) {
+    if (!AppModel::currentRecvOption() || AppModel::currentRecvOption()->bytesPerLine() == 0) {
         reportError(tr("Format must include at least one number"));
         return;
     }
@@ -528,18 +587,28 @@ bool TCPThread::prepareRecvRun()
     setRecvStatus(TS_STARTING);
     m_recvSize = 0;
     m_recvText.clear();
+    m_recvTextStart = 0;
+    m_skippedBytes = 0;
+    m_recvTextSignalled = false;
+    m_savedBytes = 0;
+    m_recvFileError.clear();
     m_recvBlock.resize(0);
     m_recvBlock.reserve(kRecvFileBlockBytes + 4 * kChunkBytes);
     m_lastRecvWriteMsec = 0;
     m_reportedRecvSize = -1;
     m_recvProgressTimer.start();
-    const QString name = recvOption()->fileName();
-    if (name.isEmpty())
-        return true; // receive for display only
+    const QString name = AppModel::currentRecvOption()->fileName();
     m_recvFile.setFileName(name);
+    if (name.isEmpty()) {
+        emit recvReported(tr("Nothing is being saved: Save To is empty."), false);
+        return true; // receive for display only
+    }
+    emit recvReported(tr("Saving to %1").arg(name), false);
     // Unbuffered: the bytes are gathered into large blocks here, not in 16 KiB pieces by QFile.
     if (!m_recvFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        reportError(tr("Receive file cannot open"));
+        failRecv(QStringLiteral("%1: %2 (%3)")
+                     .arg(tr("Receive file cannot open"), name, m_recvFile.errorString()),
+                 TTE_RECV_ERROR);
         setRecvStatus(TS_STOP);
         return false;
     }
@@ -561,7 +630,8 @@ void TCPThread::recvData()
     m_recvDataReserved = false;
     if (m_recvStatus != TS_RUN || !m_socket)
         return;
-    const HexLayout layout = recvOption() ? recvOption()->layout() : HexLayout();
+    const TCPOutputOption *option = AppModel::currentRecvOption();
+    const HexLayout layout = option ? option->layout() : HexLayout();
     if (layout.bytesPerLine() == 0) {
         LOG_ERROR("Format must include at least one number");
         return;
@@ -569,68 +639,60 @@ void TCPThread::recvData()
     readAvailable(layout, false);
 }
 
-// One pass over the bytes the socket holds. While the display is on, a chunk is read only as far
-// as its text still fits the display buffer; when nothing fits the pass ends and resumes once the
-// dialog has taken text. A final pass after the connection ended (`draining`) keeps reading for
-// the file and shows what still fits.
+// One pass over the bytes the socket holds. Every byte goes to the file at once; the display
+// keeps only the newest bytes, so a slow display never holds the device back. A failed write to
+// the file ends the receive.
 void TCPThread::readAvailable(const HexLayout &layout, bool draining)
 {
-    TCPOutputOption *option = recvOption();
-    int displayMode = option ? option->displayMode() : TCPOutputOption::kDisplayOff;
+    TCPOutputOption *option = AppModel::currentRecvOption();
+    const bool display = option && option->displayMode() != TCPOutputOption::kDisplayOff;
     const bool hexFile = option && option->useHexFile();
     const bool toFile = m_recvFile.isOpen();
     const qint64 sizeBefore = m_recvSize;
-    bool textAdded = false;
-    while (m_socket->bytesAvailable() > 0) {
-        qsizetype want = kChunkBytes;
-        if (displayMode != TCPOutputOption::kDisplayOff) {
-            want = displayRoom(layout, displayMode, want);
-            if (want == 0 && draining) {
-                displayMode = TCPOutputOption::kDisplayOff;
-                want = kChunkBytes;
-            } else if (want == 0) {
-                m_backPressureTimer->start();
-                break;
-            }
-        }
+    while (m_socket && m_socket->bytesAvailable() > 0) {
+        const qint64 available = m_socket->bytesAvailable();
         const char *chunk = nullptr;
-        const qint64 received = readChunk(want, toFile && !hexFile, &chunk);
+        const qint64 received = readChunk(kChunkBytes, toFile && !hexFile, &chunk);
         if (received <= 0) {
             LOG_ERROR("Invalid received data.");
             break;
         }
         const qint64 position = m_recvSize;
         m_recvSize += received;
-        if (displayMode == TCPOutputOption::kDisplayText) {
-            m_recvText.append(chunk, received);
-            textAdded = true;
-        } else if (displayMode == TCPOutputOption::kDisplayHex) {
-            qint64 textPosition = position;
-            layout.render(chunk, received, &textPosition,
-                          QByteArrayView(TCPOutputOption::kRecvLineEnd), &m_recvText);
-            textAdded = true;
+        // Bytes followed by more than the display keeps would be pushed out at once.
+        if (display && available - received < kRecvTextLimitBytes)
+            keepForDisplay(chunk, received, position);
+        if (toFile && !storeRecvChunk(chunk, received, hexFile ? &layout : nullptr, position)) {
+            stopOnRecvFileFailure();
+            return;
         }
-        if (toFile)
-            storeRecvChunk(chunk, received, hexFile ? &layout : nullptr, position);
     }
     if (toFile && m_recvSize != sizeBefore)
         m_lastRecvWriteMsec = nowMsec();
-    if (textAdded)
+    if (!m_recvText.isEmpty() && !m_recvTextSignalled) {
+        m_recvTextSignalled = true;
         emit recvStringAdded();
+    }
     emitRecvProgress(draining);
 }
 
-qsizetype TCPThread::displayRoom(const HexLayout &layout, int displayMode, qsizetype want) const
+// The display buffer holds one unbroken run of the newest bytes; whatever falls out of it or
+// never reaches it is counted as skipped.
+void TCPThread::keepForDisplay(const char *chunk, qsizetype size, qint64 position)
 {
-    const qsizetype room = std::max<qsizetype>(0, kRecvTextLimitBytes - m_recvText.size());
-    qsizetype fits = displayMode == TCPOutputOption::kDisplayHex
-                         ? layout.bytesFitting(m_recvSize, want, room,
-                                               qsizetype(sizeof(TCPOutputOption::kRecvLineEnd) - 1))
-                         : std::min(want, room);
-    // A format whose text for one byte is longer than the whole buffer still shows something.
-    if (fits == 0 && m_recvText.isEmpty())
-        fits = 1;
-    return fits;
+    const qint64 bufferEnd = m_recvTextStart + m_recvText.size();
+    if (position != bufferEnd) {
+        m_skippedBytes += m_recvText.size() + (position - bufferEnd);
+        m_recvText.resize(0);
+        m_recvTextStart = position;
+    }
+    m_recvText.append(chunk, size);
+    const qsizetype excess = m_recvText.size() - kRecvTextLimitBytes;
+    if (excess > 0) {
+        m_recvText.remove(0, excess);
+        m_recvTextStart += excess;
+        m_skippedBytes += excess;
+    }
 }
 
 // Reads up to `want` bytes. Raw bytes bound for the file are read straight into the file block,
@@ -651,24 +713,48 @@ qint64 TCPThread::readChunk(qsizetype want, bool intoBlock, const char **chunk)
 
 // The file block is written out when full, on each flush tick and when the run ends; hex text is
 // rendered into it here, raw bytes are there already.
-void TCPThread::storeRecvChunk(const char *chunk, qsizetype size, const HexLayout *hexLayout,
+bool TCPThread::storeRecvChunk(const char *chunk, qsizetype size, const HexLayout *hexLayout,
                                qint64 position)
 {
     if (hexLayout)
         hexLayout->render(chunk, size, &position, QByteArrayView(TCPOutputOption::kRecvLineEnd),
                           &m_recvBlock);
-    if (m_recvBlock.size() >= kRecvFileBlockBytes)
-        writeRecvBlock();
+    return m_recvBlock.size() < kRecvFileBlockBytes || writeRecvBlock();
 }
 
-void TCPThread::writeRecvBlock()
+// Writes the gathered block out. A write the system cuts short is continued, so that a failure
+// always comes with the system's reason; what was written stays in the file as it is.
+bool TCPThread::writeRecvBlock()
 {
     if (m_recvBlock.isEmpty() || !m_recvFile.isOpen())
-        return;
-    const qint64 written = m_recvFile.write(m_recvBlock);
-    if (written != m_recvBlock.size())
+        return true;
+    qsizetype done = 0;
+    while (done < m_recvBlock.size()) {
+        const qint64 written =
+            m_recvFile.write(m_recvBlock.constData() + done, m_recvBlock.size() - done);
+        if (written <= 0)
+            break;
+        done += written;
+        m_savedBytes += written;
+    }
+    const bool complete = done == m_recvBlock.size();
+    if (!complete) {
+        m_recvFileError = QStringLiteral("%1: %2 (%3). %4")
+                              .arg(tr("Receive file cannot be written"), m_recvFile.fileName(),
+                                   m_recvFile.errorString(), savedText());
         LOG_ERROR(QStringLiteral("recv file write failed: %1").arg(m_recvFile.errorString()));
+    }
     m_recvBlock.resize(0);
+    return complete;
+}
+
+void TCPThread::stopOnRecvFileFailure()
+{
+    m_recvFile.close();
+    emitRecvProgress(true);
+    failRecv(m_recvFileError, TTE_RECV_ERROR);
+    setRecvStatus(TS_STOP);
+    reserveCloseSocket(0);
 }
 
 // A figure held back by the spacing is sent by the progress timer, so the last one always shows.
@@ -690,19 +776,37 @@ void TCPThread::emitRecvProgress(bool force)
 QByteArray TCPThread::takeRecvData(qint64 maxSize)
 {
     QMutexLocker lock(&m_mutex);
+    const TCPOutputOption *option = AppModel::currentRecvOption();
+    const int mode = option ? option->displayMode() : TCPOutputOption::kDisplayOff;
+    const QByteArrayView lineEnd(TCPOutputOption::kRecvLineEnd);
+    const qsizetype limit = maxSize < 0 ? std::numeric_limits<qsizetype>::max() : maxSize;
     QByteArray result;
-    if (maxSize < 0 || maxSize >= m_recvText.size()) {
-        result.swap(m_recvText);
-    } else {
-        result = m_recvText.left(maxSize);
-        m_recvText.remove(0, maxSize);
+    if (m_skippedBytes > 0) {
+        const QByteArray mark =
+            mode == TCPOutputOption::kDisplayHex ? lineEnd.toByteArray() : QByteArray(1, '\n');
+        const QByteArray text = mark + tr("[%1 bytes skipped]").arg(m_skippedBytes).toUtf8() + mark;
+        if (text.size() > limit)
+            return result;
+        result = text;
+        m_skippedBytes = 0;
     }
-    if (!result.isEmpty() && m_recvStatus == TS_RUN)
-        reserveRecvData();
-    if (maxSize >= 0 && result.size() > maxSize)
-        LOG_WARN(QStringLiteral("Invalid buf size: maxSize[%1] result[%2]")
-                     .arg(maxSize)
-                     .arg(result.size()));
+    const qsizetype room = limit - result.size();
+    qsizetype bytes = std::min<qsizetype>(m_recvText.size(), room);
+    if (mode == TCPOutputOption::kDisplayHex) {
+        const HexLayout layout = option->layout();
+        bytes = layout.bytesFitting(m_recvTextStart, m_recvText.size(), room, lineEnd.size());
+        // A format whose text for one byte is longer than the whole buffer still shows something.
+        if (bytes == 0 && result.isEmpty() && room >= kRecvTextLimitBytes)
+            bytes = std::min<qsizetype>(1, m_recvText.size());
+        qint64 position = m_recvTextStart;
+        layout.render(m_recvText.constData(), bytes, &position, lineEnd, &result);
+    } else {
+        result.append(m_recvText.constData(), bytes);
+    }
+    m_recvText.remove(0, bytes);
+    m_recvTextStart += bytes;
+    if (m_recvText.isEmpty())
+        m_recvTextSignalled = false;
     return result;
 }
 
@@ -730,7 +834,10 @@ void TCPThread::stopReceiving()
 void TCPThread::onRecvFileFlushTimeout()
 {
     QMutexLocker lock(&m_mutex);
-    writeRecvBlock();
+    if (!writeRecvBlock()) {
+        stopOnRecvFileFailure();
+        return;
+    }
     if (m_lastRecvWriteMsec < 1 || nowMsec() - m_lastRecvWriteMsec <= kFlushIntervalMs)
         return;
     if (m_recvFile.isOpen()) {

@@ -3,6 +3,8 @@
 // that the receive dialog drains. Both directions share one connection and each has its own
 // status machine. The GUI talks to it through queued signals and a few guarded calls; the mutex
 // is never held across a blocking socket wait, so those calls never wait for the network.
+// Recording never waits for the display: the display keeps only the newest bytes and counts the
+// ones it skipped.
 #pragma once
 
 #include "tcp/hexlayout.h"
@@ -15,6 +17,8 @@
 #include <QFile>
 #include <QObject>
 #include <QRecursiveMutex>
+
+#include <atomic>
 
 class QTcpSocket;
 class QThread;
@@ -31,6 +35,7 @@ public:
     // Queued chunks are handed to the system in batches of this size.
     static constexpr qint64 kSendBatchBytes = 64 * 1024;
     static constexpr qint64 kSendDisplayLimitBytes = 65536;
+    // The newest received bytes kept for the display; older ones are skipped and counted.
     static constexpr qsizetype kRecvTextLimitBytes = 4095;
     // Time-outs and delays
     static constexpr int kConnectTimeoutMs = 10000;
@@ -41,8 +46,8 @@ public:
     // Progress signals are spaced so that a fast transfer does not flood the GUI's event queue;
     // the last figure of a run is always sent.
     static constexpr int kProgressIntervalMs = 50;
-    // While the display buffer is full, reading is retried after this pause instead of spinning.
-    static constexpr int kBackPressureRetryMs = 5;
+    // Waits for the device are cut into slices of this length so that a stop is seen at once.
+    static constexpr int kStopPollMs = 20;
     // Bytes the socket may hold unread; beyond it the device is held back by TCP flow control.
     static constexpr qint64 kSocketReadBufferBytes = 4 * 1024 * 1024;
     // Received bytes are gathered and written to the receive file in blocks of this size.
@@ -53,6 +58,9 @@ public:
     TCPThread(const TCPThread &) = delete;
     TCPThread &operator=(const TCPThread &) = delete;
 
+    // Replaces the connect, write and close time-outs (the constants above by default).
+    void setTimeouts(int connectMs, int writeMs, int disconnectMs);
+
     // The registered worker, or null when none exists.
     [[nodiscard]] static TCPThread *instance();
 
@@ -61,7 +69,8 @@ public:
     [[nodiscard]] THREAD_STATUS sendStatus() const;
     [[nodiscard]] bool hasSocket() const;
 
-    // Hands the receive dialog at most `maxSize` bytes of display data (-1: all of it).
+    // Hands the receive dialog at most `maxSize` bytes of display text (-1: all of it), rendered
+    // in the current display mode and led by a mark when bytes were skipped since the last call.
     [[nodiscard]] QByteArray takeRecvData(qint64 maxSize);
 
     // Socket close, callable from any thread; the work is done on the worker thread.
@@ -77,6 +86,9 @@ signals:
     void sendProgress(qint64 sentSize, qint64 fileSize, qint64 elpasedMsec);
     void recvProgress(qint64 recvSize);
     void errorOccured(TCPTHREAD_ERROR error);
+    // What the message area was told about a run, for the dialog of that direction to show.
+    void recvReported(const QString &text, bool error);
+    void sendReported(const QString &text, bool error);
 
 public slots:
     void onBytesWritten(qint64);
@@ -92,8 +104,9 @@ public slots:
 
 private:
     [[nodiscard]] bool onWorkerThread() const;
-    [[nodiscard]] static TCPOutputOption *recvOption();
-    [[nodiscard]] static TCPOutputOption *sendOption();
+    void failSend(const QString &text, TCPTHREAD_ERROR error);
+    void failRecv(const QString &text, TCPTHREAD_ERROR error);
+    [[nodiscard]] QString savedText() const;
 
     // Status machines
     void setSendStatus(THREAD_STATUS status);
@@ -118,12 +131,12 @@ private:
     // Receiving
     [[nodiscard]] bool prepareRecvRun();
     void readAvailable(const HexLayout &layout, bool draining);
-    [[nodiscard]] qsizetype displayRoom(const HexLayout &layout, int displayMode,
-                                        qsizetype want) const;
+    void keepForDisplay(const char *chunk, qsizetype size, qint64 position);
     [[nodiscard]] qint64 readChunk(qsizetype want, bool intoBlock, const char **chunk);
-    void storeRecvChunk(const char *chunk, qsizetype size, const HexLayout *hexLayout,
-                        qint64 position);
-    void writeRecvBlock();
+    [[nodiscard]] bool storeRecvChunk(const char *chunk, qsizetype size, const HexLayout *hexLayout,
+                                      qint64 position);
+    [[nodiscard]] bool writeRecvBlock();
+    void stopOnRecvFileFailure();
     void emitRecvProgress(bool force);
 
     mutable QRecursiveMutex m_mutex;
@@ -132,13 +145,20 @@ private:
     QElapsedTimer m_elapsedTimer;
     bool m_recvDataReserved = false;
     qint64 m_recvSize = 0;
-    QByteArray m_recvText;
+    QByteArray m_recvText;      // the newest received bytes, not yet taken for display
+    qint64 m_recvTextStart = 0; // stream position of the first of them
+    qint64 m_skippedBytes = 0;  // bytes never shown since the last take
+    bool m_recvTextSignalled = false;
     QTcpSocket *m_socket = nullptr;
     THREAD_STATUS m_recvStatus = TS_STOP;
     THREAD_STATUS m_sendStatus = TS_STOP;
     qint64 m_closeDeadline = 0;
     QTimer *m_flushTimer = nullptr;
     qint64 m_lastRecvWriteMsec = 0;
+    std::atomic<int> m_connectTimeoutMs{kConnectTimeoutMs};
+    std::atomic<int> m_writeTimeoutMs{kWriteTimeoutMs};
+    std::atomic<int> m_disconnectTimeoutMs{kDisconnectTimeoutMs};
+    bool m_sendStopped = false; // the user stopped the send: unsent bytes are dropped at close
 
     // Send run
     QFile m_sendFile;
@@ -156,7 +176,8 @@ private:
     QFile m_recvFile;
     QByteArray m_recvChunk; // one chunk read from the socket
     QByteArray m_recvBlock; // bytes waiting to be written to the receive file
-    QTimer *m_backPressureTimer = nullptr;
+    qint64 m_savedBytes = 0;
+    QString m_recvFileError; // the system's reason for the first failed write
     QElapsedTimer m_recvProgressTimer;
     QTimer *m_recvProgressDue = nullptr; // sends a figure held back by the spacing
     qint64 m_reportedRecvSize = -1;

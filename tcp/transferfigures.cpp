@@ -26,6 +26,14 @@ QString translated(const char *text)
     return QCoreApplication::translate("TransferFigures", text);
 }
 
+// `digits` significant digits as the 'g' format writes them, but never in e-notation: a value
+// that rounds up to the next unit (999.7 kbps) or beyond the largest unit is written in full.
+QString significant(double value, int digits)
+{
+    const QString text = QString::number(value, 'g', digits);
+    return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 0) : text;
+}
+
 } // namespace
 
 namespace TransferFigures {
@@ -33,11 +41,10 @@ namespace TransferFigures {
 TransferFigure sizeFigure(qint64 bytes)
 {
     if (bytes <= kLargestBytes)
-        return {QString::number(double(bytes), 'g', kSizeDigits), translated("Bytes")};
+        return {significant(double(bytes), kSizeDigits), translated("Bytes")};
     if (bytes <= kLargestKiloBytes)
-        return {QString::number(double(bytes) / kSizeDivisor, 'g', kSizeDigits),
-                translated("KBytes")};
-    return {QString::number(double(bytes) / (kSizeDivisor * kSizeDivisor), 'g', kSizeDigits),
+        return {significant(double(bytes) / kSizeDivisor, kSizeDigits), translated("KBytes")};
+    return {significant(double(bytes) / (kSizeDivisor * kSizeDivisor), kSizeDigits),
             translated("MBytes")};
 }
 
@@ -50,10 +57,10 @@ TransferFigure rateFigure(qint64 bytes, qint64 elapsedMs)
 {
     const double bitsPerSecond = double(bytes) * 8.0 / double(qMax<qint64>(elapsedMs, 1)) * 1000.0;
     if (bitsPerSecond < kKiloBits)
-        return {QString::number(bitsPerSecond, 'g', kRateDigits), translated("bps")};
+        return {significant(bitsPerSecond, kRateDigits), translated("bps")};
     if (bitsPerSecond < kMegaBits)
-        return {QString::number(bitsPerSecond / kKiloBits, 'g', kRateDigits), translated("kbps")};
-    return {QString::number(bitsPerSecond / kMegaBits, 'g', kRateDigits), translated("Mbps")};
+        return {significant(bitsPerSecond / kKiloBits, kRateDigits), translated("kbps")};
+    return {significant(bitsPerSecond / kMegaBits, kRateDigits), translated("Mbps")};
 }
 
 ProgressBarRange progressBarRange(qint64 fileSize, qint64 sentSize)

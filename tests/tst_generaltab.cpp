@@ -1,6 +1,7 @@
-// The General tab as a user works with it, against the emulator on loopback: reading the running
-// and the EEPROM copy, writing the running copy with and without a UDP port change (answering the
-// warning box), writing the EEPROM copy, and refusing bad fields.
+// The General tab as a user works with it, against the emulator on loopback: reading either copy
+// and every way a read fails, each step of a write failing, the write sequences of the running and
+// the EEPROM copy, a UDP port change (answering the warning box), bad fields.
+#include "simclient.h"
 #include "tabfixture.h"
 
 #include <QApplication>
@@ -13,24 +14,6 @@
 #include <memory>
 
 namespace {
-
-QString expectedRunningReport(quint16 udpPort)
-{
-    return QStringLiteral("MAC Address : 02:11:22:33:44:55 \n"
-                          "IP Address : 127.0.0.1 \n"
-                          "TCP Data Port : 24 \n"
-                          "TCP Command Port : 8023 \n"
-                          "UDP Port : %1 \n"
-                          "TCP Max Segment Size : 1400 \n"
-                          "TCP Keep Alive Enabled : enable \n"
-                          "TCP Keep Alive(buffer not empty) : 2000 msec\n"
-                          "TCP Keep Alive(buffer empty) : 30000 msec\n"
-                          "TCP Timeout(Connecting) : 4000 msec\n"
-                          "TCP Timeout(Disconnect) : 256000 msec\n"
-                          "TCP Re-Connect Interval : 250 msec\n"
-                          "TCP Re-Transmition Timer : 125 msec")
-        .arg(udpPort);
-}
 
 // Polls every 10 ms for a modal message box, notes how it looked and presses `answer` on it. The
 // poll ends with the box answered, or with `context` at the end of the test.
@@ -54,13 +37,6 @@ std::shared_ptr<QString> answerNextBox(QObject *context, QMessageBox::StandardBu
     return seen;
 }
 
-// A UDP port nobody uses at the moment, for moving the emulator to.
-quint16 freeUdpPort()
-{
-    QUdpSocket probe;
-    return probe.bind(QHostAddress(QHostAddress::LocalHost), 0) ? probe.localPort() : 0;
-}
-
 } // namespace
 
 class TestGeneralTab : public QObject
@@ -68,99 +44,167 @@ class TestGeneralTab : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
-    void readRunningCopyShowsTheReport();
-    void readEepromCopyLeavesTheTargetAlone();
-    void writeRunningCopyWithOnlyANewIPAddress();
+    void init() { QVERIFY((f = std::make_unique<GeneralTabFixture>())->start()); }
+    void cleanup() { f.reset(); }
+    void readTable_data();
+    void readTable();
+    void writeStepFails_data();
+    void writeStepFails();
+    void writeSequence_data();
+    void writeSequence();
     void writeNewUdpPortAsksFirst_data();
     void writeNewUdpPortAsksFirst();
-    void writeEepromCopySequence();
-    void badWriteFieldsWriteNothing_data();
-    void badWriteFieldsWriteNothing();
-    void badTargetSendsNothing();
-    void targetSettingChangeFillsTheTargetFields();
-    void withoutAgentNothingHappens();
+    void badFieldsSendNothing_data();
+    void badFieldsSendNothing();
 
 private:
     [[nodiscard]] QString shownReport() const
     {
         return f->child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
     }
-
     std::unique_ptr<GeneralTabFixture> f;
 };
 
-void TestGeneralTab::init()
+void TestGeneralTab::readTable_data()
 {
-    f = std::make_unique<GeneralTabFixture>();
-    QVERIFY(f->start());
+    QTest::addColumn<bool>("eeprom");
+    QTest::addColumn<QString>("faults"); // "port 0": the request cannot be sent
+    QTest::addColumn<QString>("error");  // empty: the read succeeds
+    QTest::addRow("running copy") << false << ""
+                                  << "";
+    QTest::addRow("EEPROM copy") << true << ""
+                                 << "";
+    QTest::addRow("silent device") << false << "drop"
+                                   << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("bus error") << true << "bus-error"
+                               << "WREN Recv, Bus Error occured";
+    QTest::addRow("wrong VerType") << false << "wrong-vertype"
+                                   << "WREN Recv, VerType does is invalid";
+    QTest::addRow("request not sent") << false << "port 0"
+                                      << "Response to reading Mavix Setting is timeout (The "
+                                         "request could not be sent: no target UDP port is set)";
 }
 
-void TestGeneralTab::cleanup()
+void TestGeneralTab::readTable()
 {
-    f.reset();
-}
+    QFETCH(bool, eeprom);
+    QFETCH(QString, faults);
+    QFETCH(QString, error);
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+    if (faults == u"port 0")
+        f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("0"));
+    else
+        f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
 
-void TestGeneralTab::readRunningCopyShowsTheReport()
-{
-    const quint16 port = f->simThread.udpPort();
     f->click("GenReadButton");
 
-    QCOMPARE(shownReport(), expectedRunningReport(port));
+    // The current target is what the target fields said, never a record nobody read.
+    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
+    if (!error.isEmpty()) {
+        QCOMPARE(f->reports.errors, QStringList{error});
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
+        QCOMPARE(shownReport(), QString());
+        return;
+    }
     QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
-    QCOMPARE(f->reports.errors, QStringList());
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
-    // The running copy is the device the tool talks to: the whole record becomes the target.
-    const auto announced = f->changed.first().first().value<MavixSetting>();
-    QCOMPARE(announced.textReport().remove(QLatin1Char('\r')), expectedRunningReport(port));
-    QCOMPARE(MavixSetting::current().textReport(), announced.textReport());
+    QCOMPARE(describe(f->accesses()),
+             QStringList{readOf(eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase)});
+    const QStringList lines = shownReport().split(u'\n');
+    QCOMPARE(lines.mid(0, 2),
+             (QStringList{"MAC Address : 02:11:22:33:44:55 ",
+                          eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
+    QCOMPARE(lines.value(10), QStringLiteral("TCP Timeout(Disconnect) : 256000 msec"));
+    // Only the running copy is the device the tool talks to: its whole record becomes the target.
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed %1").arg(!eeprom));
+    QCOMPARE(MavixSetting::current().tcpCommandPort, quint16(eeprom ? 23 : 8023));
+    QCOMPARE(GeneralTab().accessTimeoutMs(), 10000); // unless a test shortens it
 }
 
-void TestGeneralTab::readEepromCopyLeavesTheTargetAlone()
+void TestGeneralTab::writeStepFails_data()
 {
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
-    f->click("GenReadButton");
-
-    QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.7 \n")));
-    QVERIFY(shownReport().contains(QStringLiteral("UDP Port : 7777 \n")));
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 0"));
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
-    // The current target holds what the target fields said, nothing of the EEPROM copy.
-    MavixSetting target;
-    target.ipAddress = QStringLiteral("127.0.0.1");
-    target.udpPort = f->simThread.udpPort();
-    QCOMPARE(MavixSetting::current().textReport(), target.textReport());
+    QTest::addColumn<bool>("eeprom");
+    QTest::addColumn<QString>("faults"); // "drop:N": no reply to the N-th access
+    QTest::addColumn<int>("accesses");   // nothing is tried after the failed step
+    QTest::addColumn<QString>("error");
+    QTest::addRow("reading the image times out")
+        << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
+    QTest::addRow("obtaining EEPROM permission times out")
+        << true << "drop:2" << 2
+        << "Response to obtaining permisssion to write in EEPROM is timeout";
+    QTest::addRow("writing the image times out")
+        << false << "drop:3" << 3 << "Response to writing Mavix Setting is timeout";
+    QTest::addRow("releasing EEPROM permission times out")
+        << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
+    QTest::addRow("bus error on the permission byte")
+        << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
 }
 
-void TestGeneralTab::writeRunningCopyWithOnlyANewIPAddress()
+void TestGeneralTab::writeStepFails()
 {
-    f->setWriteFields(QStringLiteral("127.0.0.2"), QStringLiteral("24"),
+    QFETCH(bool, eeprom);
+    QFETCH(QString, faults);
+    QFETCH(int, accesses);
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+    f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
                       QString::number(f->simThread.udpPort()));
+    if (faults.startsWith(u"drop:"))
+        f->dropReplyTo(faults.mid(5).toInt());
+    else
+        f->sim()->setFaults(faultsFrom({faults}));
+
+    f->click("GenWriteButton");
+
+    QTEST(f->reports.errors.join(u'\n'), "error");
+    QCOMPARE(f->accesses().size(), accesses);
+    // The image is in place once the release is due.
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed %1").arg(accesses / 5));
+    // A device that took its new address before answering is looked for there.
+    if (accesses == 3)
+        QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
+}
+
+void TestGeneralTab::writeSequence_data()
+{
+    QTest::addColumn<bool>("eeprom");
+    QTest::addColumn<QByteArray>("written"); // bytes 24..29: IP address and TCP data port
+    QTest::addColumn<QString>("target");     // where the tool looks for the device afterwards
+    QTest::addRow("running copy, new IP address") << false << hex("7F0000020018") << "127.0.0.2";
+    // The device keeps running where it is until it restarts: the target stays.
+    QTest::addRow("EEPROM copy under permission") << true << hex("7F0000050400") << "127.0.0.1";
+}
+
+// The image is written in two pieces that leave out the MAC address; the EEPROM copy between
+// obtaining and releasing the write permission.
+void TestGeneralTab::writeSequence()
+{
+    QFETCH(bool, eeprom);
+    QFETCH(QByteArray, written);
+    QFETCH(QString, target);
+    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+    const quint32 base = eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
+    const QByteArray udpPort = eeprom ? hex("1388") : f->runningBefore.mid(34, 2);
+    f->setWriteFields(eeprom ? "127.0.0.5" : "127.0.0.2", eeprom ? "1024" : "24",
+                      QString::number(qFromBigEndian<quint16>(udpPort.data())));
     const auto box = answerNextBox(&f->tab, QMessageBox::No);
 
     f->click("GenWriteButton");
 
     QCOMPARE(*box, QString()); // no box
-    QByteArray expected = f->runningBefore;
-    expected.replace(24, 4, QByteArray::fromHex("7F000002"));
-    QCOMPARE(describe(f->accesses()),
-             (QStringList{readOf(MavixSetting::kRunningBase), readOf(MavixSetting::kRunningBase),
-                          writeOf(MavixSetting::kRunningBase, expected.left(17)),
-                          writeOf(MavixSetting::kRunningBase + 0x18, expected.mid(24))}));
-    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), expected);
+    QByteArray image = eeprom ? f->eepromBefore : f->runningBefore;
+    image.replace(24, 6, written).replace(34, 2, udpPort);
+    const QStringList pieces{writeOf(base, image.left(17)), writeOf(base + 0x18, image.mid(24))};
+    const QString permission = writeOf(MavixSetting::kEepromPermission, hex("00"));
+    const QStringList expected =
+        eeprom ? QStringList{readOf(base), permission} + pieces +
+                     QStringList{writeOf(MavixSetting::kEepromPermission, hex("FF"))}
+               : QStringList{readOf(base), readOf(base)} + pieces;
+    QCOMPARE(describe(f->accesses()), expected);
+    QCOMPARE(f->sim()->peek(base, 64), image);
     QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
     QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-    QCOMPARE(f->changed.first().first().value<MavixSetting>().ipAddress,
-             QStringLiteral("127.0.0.2"));
-    // The report shows the record written; the target follows the device to its new address.
-    QVERIFY(shownReport().contains(QStringLiteral("IP Address : 127.0.0.2 \n")));
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.2"));
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.2"));
-    QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.2")));
+    QCOMPARE(f->text("GenTargetIPAddressTextarea"), target);
+    QCOMPARE(MavixSetting::current().ipAddress, target);
+    QCOMPARE(f->agent.targetAddress(), QHostAddress(target));
 }
 
 void TestGeneralTab::writeNewUdpPortAsksFirst_data()
@@ -174,8 +218,10 @@ void TestGeneralTab::writeNewUdpPortAsksFirst()
 {
     QFETCH(bool, yes);
     const quint16 oldPort = f->simThread.udpPort();
-    const quint16 newPort = freeUdpPort();
-    QVERIFY(newPort != 0 && newPort != oldPort);
+    QUdpSocket probe; // a port nobody uses at the moment, for moving the emulator to
+    QVERIFY(probe.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    const quint16 newPort = probe.localPort();
+    probe.close();
     f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), QString::number(newPort));
     const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
 
@@ -183,135 +229,43 @@ void TestGeneralTab::writeNewUdpPortAsksFirst()
 
     QCOMPARE(*box, QStringLiteral("warning | It is recommended to enable EEPROM Access and rewrite "
                                   "UDP port. If you want to continue, please select yes as it is. "
-                                  "| icon %1, buttons %2, default %3")
-                       .arg(QMessageBox::Warning)
-                       .arg(int(QMessageBox::Yes | QMessageBox::No))
-                       .arg(QMessageBox::No));
+                                  "| icon 2, buttons 81920, default 65536"));
+    QCOMPARE(f->reports.errors, QStringList());
     if (!yes) {
         QCOMPARE(describe(f->accesses()), QStringList(2, readOf(MavixSetting::kRunningBase)));
-        QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
-        QCOMPARE(f->reports.results + f->reports.errors, QStringList());
         QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
         QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(oldPort));
         return;
     }
     QCOMPARE(f->accesses().size(), 4);
     QTRY_COMPARE(f->simThread.udpPort(), newPort);
-    QCOMPARE(f->agent.targetPort(), newPort);
     QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(newPort));
-    QCOMPARE(MavixSetting::current().udpPort, newPort);
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-
     f->click("GenReadButton"); // reaches the device on its new port
-    QCOMPARE(f->succeeded.count(), 2);
-    QVERIFY(shownReport().contains(QStringLiteral("UDP Port : %1 \n").arg(newPort)));
+    QCOMPARE(f->outcome(), QStringLiteral("succeeded 2, failed 0, changed 2"));
 }
 
-// The EEPROM copy is written under permission, in four accesses, and never its MAC bytes.
-void TestGeneralTab::writeEepromCopySequence()
+void TestGeneralTab::badFieldsSendNothing_data()
 {
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->click();
-    f->setWriteFields(QStringLiteral("127.0.0.5"), QStringLiteral("1024"), QStringLiteral("5000"));
-    const auto box = answerNextBox(&f->tab, QMessageBox::No);
+    QTest::addColumn<QString>("group"); // the fields given the bad values
+    QTest::addColumn<QStringList>("accesses");
+    QTest::addRow("write fields: the image is read, nothing written")
+        << "GenWrite" << QStringList{readOf(MavixSetting::kRunningBase)};
+    QTest::addRow("target fields: nothing at all") << "GenTarget" << QStringList();
+}
+
+void TestGeneralTab::badFieldsSendNothing()
+{
+    QFETCH(QString, group);
+    f->child<QLineEdit>(qPrintable(group + "IPAddressTextarea"))->setText("256.1.1.1");
+    f->child<QLineEdit>(qPrintable(group + "UDPPortTextarea"))->setText("65536");
 
     f->click("GenWriteButton");
 
-    QCOMPARE(*box, QString()); // no box
-    QByteArray expected = f->eepromBefore;
-    expected.replace(24, 6, QByteArray::fromHex("7F000005 0400"));
-    expected.replace(34, 2, QByteArray::fromHex("1388"));
-    QCOMPARE(describe(f->accesses()),
-             (QStringList{readOf(MavixSetting::kEepromBase),
-                          writeOf(MavixSetting::kEepromPermission, QByteArray(1, '\0')),
-                          writeOf(MavixSetting::kEepromBase, expected.left(17)),
-                          writeOf(MavixSetting::kEepromBase + 0x18, expected.mid(24)),
-                          writeOf(MavixSetting::kEepromPermission, QByteArray(1, char(0xFF)))}));
-    QCOMPARE(f->sim()->peek(MavixSetting::kEepromBase, 64), expected);
-    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
-    QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-    // The device keeps running where it is until it restarts: the target stays.
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.1"));
-    QCOMPARE(f->agent.targetPort(), f->simThread.udpPort());
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
-}
-
-void TestGeneralTab::badWriteFieldsWriteNothing_data()
-{
-    QTest::addColumn<QString>("ip");
-    QTest::addColumn<QString>("tcpPort");
-    QTest::addColumn<QString>("udpPort");
-    QTest::addColumn<QStringList>("errors");
-    const auto row = [](const char *name, const char *ip, const char *tcp, const char *udp,
-                        const QStringList &errors) {
-        QTest::addRow("%s", name) << QString::fromLatin1(ip) << QString::fromLatin1(tcp)
-                                  << QString::fromLatin1(udp) << errors;
-    };
-    row("any address", "0.0.0.0", "24", "4660", {"0.0.0.0 is invalid"});
-    row("octet above 255 and TCP port too high", "256.1.1.1", "65536", "4660",
-        {"IP address is invalid", "TCP Port number must be 0 to 65535"});
-    row("broadcast, no UDP port", "255.255.255.255", "24", "",
-        {"255.255.255.255 is invalid", "UDP Port number must be 0 to 65535"});
-}
-
-void TestGeneralTab::badWriteFieldsWriteNothing()
-{
-    QFETCH(QString, ip);
-    QFETCH(QString, tcpPort);
-    QFETCH(QString, udpPort);
-    f->setWriteFields(ip, tcpPort, udpPort);
-
-    f->click("GenWriteButton");
-
-    QTEST(f->reports.errors, "errors");
-    QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kRunningBase)});
+    QCOMPARE(f->reports.errors,
+             (QStringList{"IP address is invalid", "UDP Port number must be 0 to 65535"}));
+    QTEST(describe(f->accesses()), "accesses");
     QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
     QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
-}
-
-void TestGeneralTab::badTargetSendsNothing()
-{
-    f->child<QLineEdit>("GenTargetIPAddressTextarea")->setText(QStringLiteral("0.0.0.0"));
-    f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("70000"));
-    f->click("GenReadButton");
-    f->click("GenWriteButton");
-
-    const QStringList once{"0.0.0.0 is invalid", "UDP Port number must be 0 to 65535"};
-    QCOMPARE(f->reports.errors, once + once);
-    QVERIFY(f->accesses().isEmpty());
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
-    QVERIFY(!f->tab.applyTargetFields(false));
-    QCOMPARE(f->reports.errors.size(), 4); // checked silently when asked to be
-}
-
-void TestGeneralTab::targetSettingChangeFillsTheTargetFields()
-{
-    MavixSetting setting;
-    setting.ipAddress = QStringLiteral("127.0.0.9");
-    setting.tcpDataPort = 2424;
-    setting.udpPort = 4661;
-    f->tab.applyTargetSettingChange(setting);
-
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), QStringLiteral("127.0.0.9"));
-    QCOMPARE(f->text("GenTargetTCPPortTextarea"), QStringLiteral("2424"));
-    QCOMPARE(f->text("GenTargetUDPPortTextarea"), QStringLiteral("4661"));
-    QCOMPARE(MavixSetting::current().textReport(), setting.textReport());
-    QCOMPARE(f->changed.count(), 0);
-    QVERIFY(f->accesses().isEmpty());
-}
-
-// Until the agent is handed over the tab is not ready: its slots do nothing at all.
-void TestGeneralTab::withoutAgentNothingHappens()
-{
-    GeneralTab lonely;
-    QSignalSpy failed(&lonely, &GeneralTab::transmissionFailed);
-    lonely.setTargetFields(QStringLiteral("127.0.0.1"), QString(), QString()); // never the default
-    QVERIFY(!lonely.isReady());
-    lonely.readDeviceInformation();
-    lonely.writeDeviceInformation();
-    QVERIFY(!lonely.applyTargetFields(true));
-    QCOMPARE(failed.count(), 0);
-    QVERIFY(f->reports.errors.isEmpty());
 }
 
 QTEST_MAIN(TestGeneralTab)

@@ -1,5 +1,6 @@
 #include "ui/logoview.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QTimer>
 
@@ -76,6 +77,36 @@ void LogoView::paintEvent(QPaintEvent *)
     const QRect area = viewport()->rect();
     painter.drawImage(QPoint(0, 0), image.scaled(area.width(), area.height(), Qt::KeepAspectRatio,
                                                  Qt::FastTransformation));
+}
+
+int LogoView::sideForWindowHeight(int height)
+{
+    return qBound(kBaseSide, height * kBaseSide / kBaseWindowHeight, 2 * kBaseSide);
+}
+
+void LogoView::showEvent(QShowEvent *event)
+{
+    QGraphicsView::showEvent(event);
+    if (m_watchedWindow == window())
+        return;
+    if (m_watchedWindow)
+        m_watchedWindow->removeEventFilter(this);
+    m_watchedWindow = window();
+    m_watchedWindow->installEventFilter(this);
+    followWindowHeight();
+}
+
+bool LogoView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_watchedWindow && event->type() == QEvent::Resize)
+        followWindowHeight();
+    return QGraphicsView::eventFilter(watched, event);
+}
+
+void LogoView::followWindowHeight()
+{
+    const int side = sideForWindowHeight(m_watchedWindow->height());
+    setFixedSize(side, side);
 }
 
 LogoView::Picture LogoView::chosenPicture() const

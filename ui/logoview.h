@@ -21,6 +21,12 @@ public:
     };
     Q_ENUM(Mode)
 
+    // The eye's side grows with the window's height: 72 px at the window's least height of 660 px,
+    // at most twice that.
+    static constexpr int kBaseSide = 72;
+    static constexpr int kBaseWindowHeight = 660;
+    [[nodiscard]] static int sideForWindowHeight(int height);
+
     // One blink: a tick every 100 ms; at the twelfth the eye rests open.
     static constexpr int kBlinkTickMs = 100;
     static constexpr quint8 kBlinkTicks = 12;
@@ -41,6 +47,8 @@ public slots:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     enum class Picture { Open, Half, Up, Closed };
@@ -48,6 +56,7 @@ private:
     [[nodiscard]] Picture chosenPicture() const;
     [[nodiscard]] const QImage &imageOf(Picture picture) const;
     void repaintNow();
+    void followWindowHeight();
 
     Mode m_mode = ModeOpen;
     QImage m_openImage;
@@ -56,4 +65,5 @@ private:
     QImage m_halfImage;
     QTimer *m_timer = nullptr;
     quint8 m_frame = 0;
+    QWidget *m_watchedWindow = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "ui/mainwindow.h"
 
+#include "app/accessgate.h"
 #include "app/productinfo.h"
 #include "app/report.h"
 #include "app/startupoptions.h"
@@ -17,11 +18,18 @@
 
 #include <QAbstractSocket>
 #include <QAction>
+#include <QCheckBox>
+#include <QCloseEvent>
 #include <QDateTime>
+#include <QKeyEvent>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QLocale>
+#include <QPushButton>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTabBar>
 #include <QTranslator>
 
 namespace {
@@ -29,6 +37,29 @@ namespace {
 MainWindow *g_currentWindow = nullptr;
 
 constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
+
+// The buttons that start a register access; disabled while one waits.
+constexpr const char *kDeviceButtons[] = {"GenReadButton",     "GenWriteButton", "ExpertReadButton",
+                                          "ExpertWriteButton", "UDPReadButton",  "UDPWriteButton"};
+
+bool isUserInput(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+        return true;
+    default:
+        return false;
+    }
+}
 
 // Qt reads "Ctrl+Shift+A+N+I" as one unknown key. What the user does is hold Ctrl+Shift and type
 // A, N, I, so the text becomes the three-chord sequence Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I.
@@ -57,7 +88,7 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
     if (!noTranslation)
         loadTranslation();
 
-    m_aboutAction = new QAction(QStringLiteral("About"), this);
+    m_aboutAction = new QAction(tr("About"), this);
     connect(m_aboutAction, &QAction::triggered, this, &MainWindow::actionAbout_triggered);
 
     m_ui->setupUi(this);
@@ -126,11 +157,15 @@ ZELGPIBTab *MainWindow::zelgpibTab() const
 void MainWindow::loadTranslation()
 {
     auto *translator = new QTranslator(qApp);
-    (void)translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(),
-                           QString(), QString(), QString());
+    const bool translated =
+        translator->load(QStringLiteral(":/MavixUtilityApp_") + QLocale::system().name(), QString(),
+                         QString(), QString());
     qApp->installTranslator(translator);
 
-    // Qt's own texts (message box buttons, file dialogs) in the same language.
+    // Qt's own texts (message box buttons, file dialogs) follow only a language we translate
+    // into: a window in English keeps English buttons whatever Qt ships for the locale.
+    if (!translated)
+        return;
     auto *qtTranslator = new QTranslator(qApp);
     if (qtTranslator->load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"),
                            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
@@ -143,16 +178,29 @@ void MainWindow::initTabs(const QString &presetTarget)
     qRegisterMetaType<MavixSetting>("MavixSetting");
 
     m_agent = new WrenAgent(this);
+    connect(m_agent->gate(), &AccessGate::busyChanged, this, &MainWindow::showBusy);
     generalTab()->setAgent(m_agent);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
+    zelrs232cTab()->setAgent(m_agent);
+    if (m_ui->expertTab && m_expert)
+        m_ui->expertTab->setAgent(m_agent);
+    zelgpibTab()->setAgent(m_agent);
 
-    setErrorTitle(tr("Error"));
     removeTabsOfOtherModes();
+    if (m_serverTab) {
+        m_serverTab->setAgent(m_agent);
+        m_serverTab->setLogView(
+            m_serverTab->findChild<QPlainTextEdit *>(QStringLiteral("serverLogTextarea")));
+        m_serverTab->setPort(m_uiPort);
+        m_serverTab->start();
+    }
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -184,11 +232,11 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     const TargetParts parts = splitTarget(presetTarget);
     QStringList problems;
-    if (!isValidIPAddress(parts.host))
+    if (checkTargetAddress(parts.host) != AddressProblem::None)
         problems << tr("IP address is invalid");
-    if (!parts.udpPort.isEmpty() && !isValidPort(parts.udpPort))
+    if (!parts.udpPort.isEmpty() && !parsePort(parts.udpPort))
         problems << tr("UDP Port number must be 0 to 65535");
-    if (!parts.tcpPort.isEmpty() && !isValidPort(parts.tcpPort))
+    if (!parts.tcpPort.isEmpty() && !parsePort(parts.tcpPort))
         problems << tr("TCP Port number must be 0 to 65535");
     if (!problems.isEmpty()) {
         for (const QString &problem : problems)
@@ -196,6 +244,8 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         return;
     }
     generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
+    if (m_expertTab)
+        m_expertTab->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
@@ -212,15 +262,170 @@ void MainWindow::connectTabs()
     connect(udpTab(), &UDPTab::transmissionFailed, logo, &LogoView::CloseEye);
     connect(tcpTab(), &TCPTab::connectSuccessed, logo, &LogoView::StartAnimation);
     connect(tcpTab(), &TCPTab::connectFailed, logo, &LogoView::CloseEye);
+    connectSerialBridgeTab();
+    connectExpertTab();
+    if (m_serverTab) {
+        connect(m_serverTab, &ServerTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+        connect(m_serverTab, &ServerTab::transmissionFailed, logo, &LogoView::CloseEye);
+    }
 
+    m_shownTab = m_ui->modeTab->currentWidget();
     connect(m_ui->modeTab, &QTabWidget::currentChanged, this, &MainWindow::regetNetworkInfo);
+    connectZelGpibTab();
+}
+
+void MainWindow::connectZelGpibTab()
+{
+    ZELGPIBTab *tab = zelgpibTab();
+    const auto button = [tab](const char *name) {
+        return tab->findChild<QPushButton *>(QLatin1String(name));
+    };
+    connect(button("ZELGPIBSettingRead"), &QPushButton::clicked, tab, &ZELGPIBTab::readSetting);
+    connect(button("ZELGPIBSettingWrite"), &QPushButton::clicked, tab, &ZELGPIBTab::writeSetting);
+    connect(button("ZELGPIBConnectButton"), &QPushButton::clicked, tab,
+            &ZELGPIBTab::toggleConnection);
+    connect(button("ZELGPIBReceiveButton"), &QPushButton::clicked, tab, &ZELGPIBTab::receive);
+    connect(button("ZELGPIBSendButton"), &QPushButton::clicked, tab, &ZELGPIBTab::sendCommand);
+    connect(button("ZELGPIBIFCButton"), &QPushButton::clicked, tab, &ZELGPIBTab::IFC);
+    connect(tab->findChild<QLineEdit *>(QStringLiteral("ZELGPIBMaxReceiveLength")),
+            &QLineEdit::editingFinished, tab, &ZELGPIBTab::maxReceiveLengthCheck);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, tab,
+            &ZELGPIBTab::applyTargetSettingChange);
+    connect(tab, &ZELGPIBTab::transmissionSuccessed, m_ui->graphicsView, &LogoView::StartAnimation);
+    connect(tab, &ZELGPIBTab::transmissionFailed, m_ui->graphicsView, &LogoView::CloseEye);
+}
+
+// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting.
+void MainWindow::connectSerialBridgeTab()
+{
+    ZELRS232CTab *serial = zelrs232cTab();
+    LogoView *logo = m_ui->graphicsView;
+    connect(serial, &ZELRS232CTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(serial, &ZELRS232CTab::transmissionFailed, logo, &LogoView::CloseEye);
+    connect(generalTab(), &GeneralTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+    connect(serial, &ZELRS232CTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    if (!m_expertTab)
+        return;
+    connect(serial, &ZELRS232CTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, serial,
+            &ZELRS232CTab::applyTargetSettingChange);
+}
+
+// The Detail tab edits the same device as the General tab: target fields, EEPROM box and the
+// target setting travel both ways.
+void MainWindow::connectExpertTab()
+{
+    connect(generalTab()->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name :
+         {"GenTargetIPAddressTextarea", "GenTargetTCPPortTextarea", "GenTargetUDPPortTextarea"})
+        connect(generalTab()->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyGeneralTargetInfoToExpert);
+    if (!m_expertTab)
+        return;
+
+    connect(m_expertTab->eepromAccessCheckbox(), &QCheckBox::toggled, this,
+            &MainWindow::setEEPROMAccessCheck);
+    for (const char *name : {"ExpertTargetIPAddressTextarea", "ExpertTargetTCPPortTextarea",
+                             "ExpertTargetUDPPortTextarea"})
+        connect(m_expertTab->findChild<QLineEdit *>(QLatin1String(name)),
+                &QLineEdit::editingFinished, this, &MainWindow::applyExpertTargetInfoToGeneral);
+
+    connect(generalTab(), &GeneralTab::targetSettingChanged, m_expertTab,
+            &ExpertTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, generalTab(),
+            &GeneralTab::applyTargetSettingChange);
+    // The ZEL-RS232C tab's part of this routing is in connectSerialBridgeTab().
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, udpTab(),
+            &UDPTab::applyTargetSettingChange);
+    connect(m_expertTab, &ExpertTab::targetSettingChanged, tcpTab(),
+            &TCPTab::applyTargetSettingChange);
+
+    LogoView *logo = m_ui->graphicsView;
+    connect(m_expertTab, &ExpertTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
+    connect(m_expertTab, &ExpertTab::transmissionFailed, logo, &LogoView::CloseEye);
+}
+
+void MainWindow::applyGeneralTargetInfoToExpert()
+{
+    if (!m_expertTab)
+        return;
+    m_expertTab->setTargetFields(generalTab()->targetIPAddressText(),
+                                 generalTab()->targetTCPPortText(),
+                                 generalTab()->targetUDPPortText());
+    generalTab()->applyTargetFields(false);
+}
+
+void MainWindow::applyExpertTargetInfoToGeneral()
+{
+    if (!m_expertTab)
+        return;
+    generalTab()->setTargetFields(m_expertTab->targetIPAddressText(),
+                                  m_expertTab->targetTCPPortText(),
+                                  m_expertTab->targetUDPPortText());
+    m_expertTab->applyTargetFields(false);
+}
+
+void MainWindow::setEEPROMAccessCheck(bool checked)
+{
+    generalTab()->setEEPROMAccessChecked(checked);
+    if (m_expertTab)
+        m_expertTab->setEEPROMAccessChecked(checked);
+}
+
+// The window keeps painting during a wait; what the user clicks meanwhile is dropped rather than
+// replayed once the access is over.
+void MainWindow::showBusy(bool busy)
+{
+    if (busy) {
+        setCursor(Qt::WaitCursor);
+        qApp->installEventFilter(this);
+    } else {
+        unsetCursor();
+        qApp->removeEventFilter(this);
+    }
+    m_ui->modeTab->tabBar()->setEnabled(!busy);
+    for (const char *name : kDeviceButtons) {
+        if (auto *button = findChild<QPushButton *>(QLatin1String(name)))
+            button->setEnabled(!busy);
+    }
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    const auto *widget = qobject_cast<QWidget *>(watched);
+    if (!isUserInput(event->type()) || !widget || widget->window() != this)
+        return QMainWindow::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
+        m_agent->gate()->abort();
+    return true;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_agent)
+        m_agent->gate()->abort();
+    QMainWindow::closeEvent(event);
 }
 
 void MainWindow::regetNetworkInfo(int index)
 {
-    Q_UNUSED(index)
+    // Target text typed on one settings tab follows the user to the other, even when the tab bar
+    // was clicked before the field reported its editing finished.
+    QWidget *shown = m_ui->modeTab->widget(index);
+    if (m_expertTab && m_shownTab == m_expertTab)
+        applyExpertTargetInfoToGeneral();
+    else if (m_expertTab && shown == m_expertTab)
+        applyGeneralTargetInfoToExpert();
+    m_shownTab = shown;
     generalTab()->applyTargetFields(true);
     tcpTab()->applyTargetSettingChange(MavixSetting::current());
+    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
+    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()
@@ -229,10 +434,13 @@ void MainWindow::actionAbout_triggered()
     dialog.exec();
 }
 
+// Reports carry text from the command line, files and devices: it is shown as typed, never as
+// markup.
 void MainWindow::onShowResult(const QString &text)
 {
     const QString line = QStringLiteral("%1 | %2").arg(
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")), text);
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")),
+        text.toHtmlEscaped());
     appendMessage(QStringLiteral("<br><span style=\"color:#0000c0;\">%1</span>").arg(line));
 }
 
@@ -241,11 +449,10 @@ void MainWindow::onShowError(const QString &text)
     const QString line =
         tr("%1 | Error:%2")
             .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd hh:mm:ss")),
-                 text);
+                 text.toHtmlEscaped());
     appendMessage(QStringLiteral("<br><span style=\"color:#ff0000;\">%1</span>").arg(line));
 }
 
-// Messages are inserted as rich text on purpose: a tab may use markup to stress a word.
 void MainWindow::appendMessage(const QString &html)
 {
     QTextEdit *area = m_ui->errorLabel;

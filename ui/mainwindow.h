@@ -49,22 +49,37 @@ signals:
 
 public slots:
     void regetNetworkInfo(int index);
+    // Expert mode: the two tabs' target fields and EEPROM boxes kept in step.
+    void applyGeneralTargetInfoToExpert();
+    void applyExpertTargetInfoToGeneral();
+    void setEEPROMAccessCheck(bool checked);
     void actionAbout_triggered();
     void onShowResult(const QString &text);
     void onShowError(const QString &text);
 
+protected:
+    // While a device access waits: user input to this window is swallowed (Esc gives the wait up)
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    // Closing gives up a wait in progress, which then fails as a time-out.
+    void closeEvent(QCloseEvent *event) override;
+
 private:
+    void showBusy(bool busy);
     void loadTranslation();
     void initTabs(const QString &presetTarget);
     void removeTabsOfOtherModes();
     void applyPresetTarget(const QString &presetTarget);
     void connectTabs();
+    void connectSerialBridgeTab();
+    void connectExpertTab();
+    void connectZelGpibTab();
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;
     WrenAgent *m_agent = nullptr;
     ExpertTab *m_expertTab = nullptr;
     ServerTab *m_serverTab = nullptr;
+    QWidget *m_shownTab = nullptr; // the tab shown before the last tab change
     bool m_expert = false;
     bool m_serverMode = false;
     int m_uiPort = 0;

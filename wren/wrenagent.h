@@ -1,5 +1,6 @@
-// The one register-access client: sends one WREN request over UDP, waits synchronously for the
-// single reply, checks it in a fixed order and returns its data or throws WrenError.
+// The one register-access client: sends one WREN request over UDP, waits for the reply that belongs
+// to it (through the access gate, so the window keeps painting), checks it in a fixed order and
+// returns its data or throws WrenError.
 #pragma once
 
 #include "wren/wrenerror.h"
@@ -7,8 +8,10 @@
 #include <QByteArray>
 #include <QHostAddress>
 #include <QObject>
+#include <QStringList>
 
 class AccessGate;
+class QNetworkDatagram;
 class QUdpSocket;
 class WrenPacket;
 
@@ -35,7 +38,8 @@ public:
     // accesses here, module exchanges and server commands in their own code.
     [[nodiscard]] AccessGate *gate() const { return m_gate; }
 
-    // Accesses; both block for at most timeoutMs and throw WrenError on a failed reply.
+    // Accesses; both wait for at most timeoutMs and throw WrenError when no good reply came. An
+    // access asked for while another one waits is refused (WrenError::Timeout, nothing sent).
     QByteArray write(quint32 address, const QByteArray &data, int timeoutMs, bool remote = false);
     QByteArray read(quint32 address, quint8 length, int timeoutMs, bool remote = false);
 
@@ -45,10 +49,14 @@ signals:
 
 private:
     [[nodiscard]] quint8 takePacketId();
-    [[nodiscard]] bool send(const WrenPacket &request);
-    [[nodiscard]] QByteArray receivePending();
-    QByteArray checkReply(const WrenPacket &request, QByteArray received);
-    [[noreturn]] void fail(const WrenPacket &reply, quint32 code);
+    void refuseNestedAccess();
+    void send(const WrenPacket &request, const QString &failureLog);
+    QByteArray awaitReply(const WrenPacket &request, int timeoutMs, const QString &timeoutLog);
+    // Why a datagram is not the reply to `request`; empty when it is.
+    [[nodiscard]] QString mismatch(const QNetworkDatagram &datagram,
+                                   const WrenPacket &request) const;
+    QByteArray checkReply(const WrenPacket &request, const WrenPacket &reply);
+    [[noreturn]] void fail(const WrenPacket &reply, quint32 code, const QStringList &reasons);
 
     AccessGate *m_gate = nullptr;
     quint32 m_packetIdCounter = 0;

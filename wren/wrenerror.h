@@ -18,4 +18,7 @@ struct WrenError
     // ("WREN Recv, Bus Error occured", ...), or why the wait ended. May be empty for a time-out,
     // which each caller reports in its own words.
     QString reason;
+    // The request never left the program (no socket, no route): nothing can have reached the
+    // device, and no reply was waited for.
+    bool unsent = false;
 };

@@ -1,11 +1,18 @@
 // Takes the screenshots shown in the README: the main window's tabs after a read and the two
 // transfer dialogs mid-transfer, against an emulated device on 127.0.0.1. The language follows the
 // locale, so run it once with LANG=en_US.UTF-8 and once with LANG=ja_JP.UTF-8.
-//   mavix-screenshots OUTPUT_FOLDER
+//   mavix-screenshots OUTPUT_FOLDER [-expert]
+// With -expert it takes only the Detail tab, which exists in expert mode alone.
+#include "app/accessgate.h"
 #include "app/appcontext.h"
 #include "app/log.h"
+#include "modules/zelgpibtab.h"
+#include "settings/experttab.h"
+#include "server/servertab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
+#include "sim/simgpib.h"
+#include "sim/simserialbridge.h"
 #include "sim/simthread.h"
 #include "tcp/tcprecvinfodlg.h"
 #include "tcp/tcpsendinfodlg.h"
@@ -19,12 +26,15 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -75,13 +85,63 @@ void makeFile(const QString &path, qint64 size)
         file.write(SimDataPort::pattern(0, size));
 }
 
+// The Detail tab as an expert uses it: read the running copy, switch keep-alive on and change the
+// time-outs, write them into the EEPROM copy, reset the fields and read the EEPROM copy back.
+int takeDetailShot(const QString &target)
+{
+    AppContext context(true, false, 0, false, nullptr, target);
+// A short remote-control session, as a user would type it into nc.
+void serverSession(quint16 port)
+{
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port);
+    settle(300);
+    for (const char *line :
+         {"help\r\n", "read 0 16\r\n", "write 1000 DEADBEEF\r\n", "read 1000 4\r\n", "quit\r\n"}) {
+        client.write(line);
+        settle(300);
+    }
+}
+
+// The main window in server mode, its Server tab after a session.
+void serverScreenshot(quint16 udpPort, quint16 tcpPort)
+{
+    AppContext context(false, true, 0, false, nullptr,
+                       QStringLiteral("127.0.0.1:%1:%2").arg(udpPort).arg(tcpPort));
+    MainWindow *window = context.mainWindow();
+    window->resize(800, 660);
+    window->show();
+    settle(1500);
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->expertTab());
+    click(window, "ExpertReadButton");
+    settle(300);
+
+    child<QComboBox>(window, "ExpertTCPKeepAliveEnabledCombobox")->setCurrentIndex(1);
+    child<QLineEdit>(window, "ExpertTCPKeepAliveBETextarea")->setText(QStringLiteral("30000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutConTextarea")->setText(QStringLiteral("3000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutDicTextarea")->setText(QStringLiteral("600000"));
+    child<QCheckBox>(window, "ExpertEEPROMAccessCheckbox")->setChecked(true);
+    click(window, "ExpertWriteButton");
+    settle(300);
+    click(window, "ExpertResetButton");
+    settle(300);
+    click(window, "ExpertReadButton");
+    save(window, QStringLiteral("detail"));
+    window->close();
+    return 0;
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->serverTab());
+    serverSession(window->serverTab()->serverPort());
+    save(window, QStringLiteral("server"));
+    window->close();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     if (argc < 2) {
-        std::fprintf(stderr, "usage: mavix-screenshots OUTPUT_FOLDER\n");
+        std::fprintf(stderr, "usage: mavix-screenshots OUTPUT_FOLDER [-expert]\n");
         return 2;
     }
     g_outputFolder = QString::fromLocal8Bit(argv[1]);
@@ -97,10 +157,22 @@ int main(int argc, char *argv[])
     SimDataPort dataPort;
     const quint16 tcpPort = dataPort.start(QHostAddress::LocalHost, 0);
     device.sim()->setTcpPort(tcpPort);
+    const QString target = QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort);
+    if (argc > 2 && QString::fromLocal8Bit(argv[2]) == QLatin1String("-expert")) {
+        const int result = takeDetailShot(target);
+        dataPort.stop();
+        device.stop();
+        return result;
+    }
 
     QTemporaryDir files;
     const QString sendPath = files.filePath(QStringLiteral("firmware-image.bin"));
     makeFile(sendPath, 256 * 1024 * 1024);
+
+    AppContext context(false, false, 0, false, nullptr, target);
+    serverScreenshot(device.udpPort(), tcpPort);
+    if (qEnvironmentVariableIsSet("MAVIX_SCREENSHOT_SERVER_ONLY"))
+        return 0;
 
     AppContext context(false, false, 0, false, nullptr,
                        QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort));
@@ -163,10 +235,80 @@ int main(int argc, char *argv[])
     tabs->setCurrentIndex(0);
     save(window, QStringLiteral("messages"));
 
+    // A slow device: the window keeps painting while the read waits, and says it is busy.
+    tabs->setCurrentIndex(0);
+    SimFaults slow;
+    slow.delayMs = 3000;
+    device.sim()->setFaults(slow);
+    int ticks = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, &ticker, [&ticks] { ++ticks; });
+    ticker.start(20);
+    QTimer::singleShot(1500, window, [window] { save(window, QStringLiteral("busy"), 0); });
+    QElapsedTimer waited;
+    waited.start();
+    click(window, "GenReadButton");
+    std::printf("read from a device 3 s slow: %lld ms, 20 ms timer fired %d times meanwhile\n",
+                waited.elapsed(), ticks);
+
+    // A silent device: Esc gives the wait up, and the message area says so in red.
+    SimFaults silent;
+    silent.dropEveryNth = 1;
+    device.sim()->setFaults(silent);
+    QTimer::singleShot(800, window, [window] {
+        QCoreApplication::postEvent(
+            window->focusWidget() ? window->focusWidget() : window,
+            new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    });
+    waited.restart();
+    click(window, "GenReadButton");
+    std::printf("Esc gave up the wait after %lld ms\n", waited.elapsed());
+    device.sim()->setFaults(SimFaults());
+    save(window, QStringLiteral("failure"), 600);
+    // The ZEL-GPIB tab against the emulator's GPIB module: the meter's identification as text,
+    // then what the echo box sends back, as hex.
+    SimGpib gpib;
+    MavixSetting gpibTarget = MavixSetting::current();
+    gpibTarget.tcpDataPort = gpib.start(QHostAddress::LocalHost, 0);
+    device.sim()->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
+    tabs->setCurrentIndex(4);
+    window->zelgpibTab()->applyTargetSettingChange(gpibTarget);
+    click(window, "ZELGPIBSettingRead");
+    click(window, "ZELGPIBConnectButton");
+    click(window, "ZELGPIBSendButton");
+    click(window, "ZELGPIBReceiveButton");
+    child<QLineEdit>(window, "ZELGPIBTargetAddress")->setText(QStringLiteral("2"));
+    child<QLineEdit>(window, "ZELGPIBCommand")->setText(QStringLiteral("MEAS:VOLT?"));
+    click(window, "ZELGPIBSendButton");
+    click(window, "ZELGPIBShowAsHexCheckBox");
+    click(window, "ZELGPIBReceiveButton");
+    save(window, QStringLiteral("gpib"));
+    click(window, "ZELGPIBConnectButton");
+    gpib.stop();
+
     AboutDialog about(nullptr);
     about.show();
     save(&about, QStringLiteral("about"));
     about.close();
+
+    // The serial bridge: "hello" typed on the DTE connector, received on the DCE connector.
+    MavixSim *sim = device.sim();
+    QMetaObject::invokeMethod(
+        sim, [sim] { (void)(new SimSerialBridge(sim, sim))->start(0, 0); },
+        Qt::BlockingQueuedConnection);
+    tabs->setCurrentIndex(3);
+    click(window, "ZELRS232cRead");
+    click(window, "ZELRS232cConnectButton");
+    auto *connector = child<QComboBox>(window, "ZELRS232cConnectorComboBox");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cConnectButton");
+    connector->setCurrentIndex(0);
+    child<QComboBox>(window, "ZELRS232CDelimiterComboBox")->setCurrentIndex(3);
+    child<QLineEdit>(window, "ZELRS232cSendDataLineEdit")->setText(QStringLiteral("hello"));
+    click(window, "ZELRS232cSendButton");
+    connector->setCurrentIndex(1);
+    click(window, "ZELRS232cReceiveButton");
+    save(window, QStringLiteral("rs232c"));
 
     window->close();
     dataPort.stop();

@@ -21,6 +21,216 @@
     </message>
 </context>
 <context>
+    <name>CommandInterpreter</name>
+    <message>
+        <source>Server mode, undefined command</source>
+        <translation>サーバーモード: 未定義のコマンドです</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid read command</source>
+        <translation>サーバーモード: read コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, read command successed</source>
+        <translation>サーバーモード: read コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid write command</source>
+        <translation>サーバーモード: write コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, write command is timeout</source>
+        <translation>サーバーモード: write コマンドがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device reply bus error</source>
+        <translation>サーバーモード: Mavix デバイスがバスエラーを返しました</translation>
+    </message>
+    <message>
+        <source>Server mode, Mavix device won&apos;t reply</source>
+        <translation>サーバーモード: Mavix デバイスが応答しません</translation>
+    </message>
+    <message>
+        <source>Server mode, write command successed</source>
+        <translation>サーバーモード: write コマンドが成功しました</translation>
+    </message>
+    <message>
+        <source>Server mode, invalid help command</source>
+        <translation>サーバーモード: help コマンドが不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, help command successed</source>
+        <translation>サーバーモード: help コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
+    <name>ExpertTab</name>
+    <message>
+        <source>Target</source>
+        <translation>接続先</translation>
+    </message>
+    <message>
+        <source>IP Address</source>
+        <translation>IP アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>UDP Port</source>
+        <translation>UDP ポート</translation>
+    </message>
+    <message>
+        <source>Read every setting from the running copy, or from the EEPROM copy when EEPROM Access is checked</source>
+        <translation>すべての設定を動作中の設定から読み出します。EEPROM アクセスがチェックされているときは EEPROM の設定から読み出します</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write Setting</source>
+        <translation>書き込む設定</translation>
+    </message>
+    <message>
+        <source>Read and write the EEPROM copy, which the device loads when it starts</source>
+        <translation>デバイスが起動時に読み込む EEPROM の設定を読み書きします</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Write every setting on this tab into the device (the MAC address is checked but never written)</source>
+        <translation>このタブのすべての設定をデバイスに書き込みます(MAC アドレスは確認のみで書き込まれません)</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Show the factory values in the fields; nothing is sent until you write</source>
+        <translation>工場出荷時の値を表示します。書き込むまでデバイスには何も送信されません</translation>
+    </message>
+    <message>
+        <source>Reset</source>
+        <translation>リセット</translation>
+    </message>
+    <message>
+        <source>Network</source>
+        <translation>ネットワーク</translation>
+    </message>
+    <message>
+        <source>MAC Address</source>
+        <translation>MAC アドレス</translation>
+    </message>
+    <message>
+        <source>TCP Data Port</source>
+        <translation>TCP データポート</translation>
+    </message>
+    <message>
+        <source>TCP Command Port</source>
+        <translation>TCP コマンドポート</translation>
+    </message>
+    <message>
+        <source>TCP</source>
+        <translation>TCP</translation>
+    </message>
+    <message>
+        <source>TCP Max Segment Size</source>
+        <translation>TCP 最大セグメントサイズ</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive</source>
+        <translation>TCP キープアライブ</translation>
+    </message>
+    <message>
+        <source>disable</source>
+        <translation>無効</translation>
+    </message>
+    <message>
+        <source>enable</source>
+        <translation>有効</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer not empty)</source>
+        <translation>TCP キープアライブ(バッファ空でない)</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>ミリ秒</translation>
+    </message>
+    <message>
+        <source>TCP Keep Alive(buffer empty)</source>
+        <translation>TCP キープアライブ(バッファ空)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Connecting)</source>
+        <translation>TCP タイムアウト(接続)</translation>
+    </message>
+    <message>
+        <source>TCP Timeout(Disconnect)</source>
+        <translation>TCP タイムアウト(切断)</translation>
+    </message>
+    <message>
+        <source>TCP Re-Connect Interval</source>
+        <translation>TCP 再接続間隔</translation>
+    </message>
+    <message>
+        <source>TCP Re-Transmition Timer</source>
+        <translation>TCP 再送タイマー</translation>
+    </message>
+    <message>
+        <source>Please write if you reset Mavix Setting</source>
+        <translation>Mavix の設定をリセットする場合は書き込みを行ってください</translation>
+    </message>
+    <message>
+        <source>IP address is invalid</source>
+        <translation>IP アドレスが不正です</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>UDP Port number must be 0 to 65535</source>
+        <translation>UDP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Set mac address in format FF:FF:FF:FF:FF:FF</source>
+        <translation>MAC アドレスは FF:FF:FF:FF:FF:FF の形式で指定してください</translation>
+    </message>
+    <message>
+        <source>MaxSegmentSize must be 0 to 65535</source>
+        <translation>最大セグメントサイズは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>KeepAlive must be 0 to 65535</source>
+        <translation>キープアライブは 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Connecting) must be 0 to 65535</source>
+        <translation>タイムアウト(接続)は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>TimeOut(Disconnecting) must be 0 to 16677125</source>
+        <translation>タイムアウト(切断)は 0 から 16677125 で指定してください</translation>
+    </message>
+    <message>
+        <source>Info: Reading TimeOut(Disconnecting) value will change because the lower 8 bits are ignored</source>
+        <translation>情報: 下位 8 ビットは無視されるため、読み出されるタイムアウト(切断)の値は変わります</translation>
+    </message>
+    <message>
+        <source>Reconnect Interval must be 0 to 65535</source>
+        <translation>再接続間隔は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>ReTransmission Timer must be 0 to 65535</source>
+        <translation>再送タイマーは 0 から 65535 で指定してください</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
@@ -102,6 +312,10 @@
         <source>Writing Mavix setting is successed</source>
         <translation>Mavix の設定を書き込みました</translation>
     </message>
+    <message>
+        <source>Mavix Setting buffer is too small</source>
+        <translation>Mavix の設定データが短すぎます</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>
@@ -128,10 +342,6 @@
     <message>
         <source>Help</source>
         <translation>ヘルプ</translation>
-    </message>
-    <message>
-        <source>Error</source>
-        <translation>エラー</translation>
     </message>
     <message>
         <source>IP address is invalid</source>
@@ -168,6 +378,10 @@
     <message>
         <source>Server</source>
         <translation>サーバー</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>バージョン情報</translation>
     </message>
 </context>
 <context>
@@ -269,6 +483,47 @@
     </message>
 </context>
 <context>
+    <name>RCClient</name>
+    <message>
+        <source>Server to Client, fail to send</source>
+        <translation>サーバーからクライアントへの送信に失敗しました</translation>
+    </message>
+    <message>
+        <source>Server mode, quit command successed</source>
+        <translation>サーバーモード: quit コマンドが成功しました</translation>
+    </message>
+</context>
+<context>
+    <name>RCListener</name>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+</context>
+<context>
+    <name>ServerTab</name>
+    <message>
+        <source>Listening on port %1</source>
+        <translation>ポート %1 で待ち受けています</translation>
+    </message>
+    <message>
+        <source>Server mode, fail to listen</source>
+        <translation>サーバーモード: 待ち受けを開始できません</translation>
+    </message>
+    <message>
+        <source>Connection ID: %1</source>
+        <translation>接続 ID: %1</translation>
+    </message>
+    <message>
+        <source>Disconnect %1</source>
+        <translation>切断 %1</translation>
+    </message>
+    <message>
+        <source>Client %1: %2</source>
+        <translation>クライアント %1: %2</translation>
+    </message>
+</context>
+<context>
     <name>Startup</name>
     <message>
         <source>Server mode, uiport is invalid</source>
@@ -284,6 +539,30 @@
     <message>
         <source>File cannot open</source>
         <translation>ファイルを開けません</translation>
+    </message>
+    <message>
+        <source>Save To is empty: received data will not be saved.</source>
+        <translation>保存先が空です: 受信データは保存されません。</translation>
+    </message>
+    <message>
+        <source>Send file is not chosen.</source>
+        <translation>送信ファイルが選ばれていません。</translation>
+    </message>
+    <message>
+        <source>it is a folder</source>
+        <translation>フォルダーです</translation>
+    </message>
+    <message>
+        <source>it cannot be written</source>
+        <translation>書き込みできません</translation>
+    </message>
+    <message>
+        <source>the folder %1 does not exist</source>
+        <translation>フォルダー %1 がありません</translation>
+    </message>
+    <message>
+        <source>no file can be made in %1</source>
+        <translation>%1 にファイルを作成できません</translation>
     </message>
 </context>
 <context>
@@ -517,6 +796,42 @@ Dialog</source>
         <source>Receive file cannot open</source>
         <translation>受信ファイルを開けません</translation>
     </message>
+    <message>
+        <source>Nothing was saved (Save To is empty).</source>
+        <translation>何も保存されていません (保存先が空です)。</translation>
+    </message>
+    <message>
+        <source>%1 bytes were saved to %2.</source>
+        <translation>%1 バイトを %2 に保存しました。</translation>
+    </message>
+    <message>
+        <source>The device closed the connection.</source>
+        <translation>デバイスが接続を閉じました。</translation>
+    </message>
+    <message>
+        <source>no send file is chosen</source>
+        <translation>送信ファイルが選ばれていません</translation>
+    </message>
+    <message>
+        <source>Sending %1</source>
+        <translation>%1 を送信中</translation>
+    </message>
+    <message>
+        <source>Nothing is being saved: Save To is empty.</source>
+        <translation>保存していません: 保存先が空です。</translation>
+    </message>
+    <message>
+        <source>Saving to %1</source>
+        <translation>%1 に保存中</translation>
+    </message>
+    <message>
+        <source>Receive file cannot be written</source>
+        <translation>受信ファイルに書き込めません</translation>
+    </message>
+    <message>
+        <source>[%1 bytes skipped]</source>
+        <translation>[%1 バイトを省略]</translation>
+    </message>
 </context>
 <context>
     <name>UDPTab</name>
@@ -642,6 +957,436 @@ Dialog</source>
     <message>
         <source>WREN Recv, Bus Error occured</source>
         <translation>WREN 受信: バスエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Another register access is waiting; this one was not sent</source>
+        <translation>別のレジスタアクセスが応答待ちのため、このアクセスは送信されませんでした</translation>
+    </message>
+    <message>
+        <source>no target UDP port is set</source>
+        <translation>接続先の UDP ポートが設定されていません</translation>
+    </message>
+    <message>
+        <source>The request could not be sent: %1</source>
+        <translation>要求を送信できませんでした: %1</translation>
+    </message>
+    <message>
+        <source>The wait for the reply was given up</source>
+        <translation>応答待ちを中止しました</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n datagram(s) discarded: %1</source>
+        <translation>
+            </translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram from %1 port %2 is not from the target</source>
+        <translation>WREN 受信: %1 ポート %2 からのデータグラムは接続先からのものではありません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, datagram too short for a header</source>
+        <translation>WREN 受信: データグラムがヘッダーより短いです</translation>
+    </message>
+    <message>
+        <source>WREN Recv, address does not match</source>
+        <translation>WREN 受信: アドレスが一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, length does not match the request</source>
+        <translation>WREN 受信: データ長が要求と一致しません</translation>
+    </message>
+    <message>
+        <source>WREN Recv, bad reply</source>
+        <translation>WREN 受信: 不正な応答です</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1（%2）</translation>
+    </message>
+</context>
+<context>
+    <name>ZELGPIBTab</name>
+    <message>
+        <source>Module Setting</source>
+        <translation>モジュールの設定</translation>
+    </message>
+    <message>
+        <source>Controller GPIB Address</source>
+        <translation>コントローラの GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Timeout</source>
+        <translation>タイムアウト</translation>
+    </message>
+    <message>
+        <source>msec</source>
+        <translation>msec</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Bus</source>
+        <translation>バス</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Interface Clear: leaves every talker and listener on the bus unaddressed</source>
+        <translation>インターフェースクリア: バス上のすべてのトーカーとリスナーのアドレス指定を解除します</translation>
+    </message>
+    <message>
+        <source>Interface Clear</source>
+        <translation>インターフェースクリア</translation>
+    </message>
+    <message>
+        <source>Target GPIB Address</source>
+        <translation>接続先の GPIB アドレス</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>デリミタ</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(なし)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>コマンド</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>UDP read is timeout</source>
+        <translation>UDP の読み出しがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-GPIB setting is invalid</source>
+        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を読み出しました</translation>
+    </message>
+    <message>
+        <source>Controller GPIB address must be 0 to 30</source>
+        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Timeout must be 0 to 655350</source>
+        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
+    </message>
+    <message>
+        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>UDP write is timeout</source>
+        <translation>UDP の書き込みがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Response to permisssion release to write in EEPROM is timeout</source>
+        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB connect successed</source>
+        <translation>ZEL-GPIB に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB disconnect successed</source>
+        <translation>ZEL-GPIB から切断しました</translation>
+    </message>
+    <message>
+        <source>Target GPIB address must be 0 to 30</source>
+        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>GPIB command is empty</source>
+        <translation>GPIB コマンドが空です</translation>
+    </message>
+    <message>
+        <source>GPIB sending successed</source>
+        <translation>GPIB で送信しました</translation>
+    </message>
+    <message>
+        <source>GPIB receiving successed</source>
+        <translation>GPIB で受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB Interface Clear successed</source>
+        <translation>GPIB インターフェースクリアを実行しました</translation>
+    </message>
+    <message>
+        <source>GPIB timeout</source>
+        <translation>GPIB がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>GPIB error packet</source>
+        <translation>GPIB エラーパケットを受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB undefined error</source>
+        <translation>GPIB で未定義のエラーが発生しました</translation>
+    </message>
+</context>
+<context>
+    <name>ZELRS232CTab</name>
+    <message>
+        <source>Serial Setting</source>
+        <translation>シリアル設定</translation>
+    </message>
+    <message>
+        <source>DTE / DCE</source>
+        <translation>DTE / DCE</translation>
+    </message>
+    <message>
+        <source>Baud Rate</source>
+        <translation>ボーレート</translation>
+    </message>
+    <message>
+        <source>Data Width</source>
+        <translation>データ長</translation>
+    </message>
+    <message>
+        <source>bit</source>
+        <translation>ビット</translation>
+    </message>
+    <message>
+        <source>Stop Bit</source>
+        <translation>ストップビット</translation>
+    </message>
+    <message>
+        <source>Parity</source>
+        <translation>パリティ</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>なし</translation>
+    </message>
+    <message>
+        <source>Mark</source>
+        <translation>マーク</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation>スペース</translation>
+    </message>
+    <message>
+        <source>Odd</source>
+        <translation>奇数</translation>
+    </message>
+    <message>
+        <source>Even</source>
+        <translation>偶数</translation>
+    </message>
+    <message>
+        <source>Flow Control Type</source>
+        <translation>フロー制御</translation>
+    </message>
+    <message>
+        <source>Wait DSR/CTS</source>
+        <translation>DSR/CTS を待つ</translation>
+    </message>
+    <message>
+        <source>TCP Port</source>
+        <translation>TCP ポート</translation>
+    </message>
+    <message>
+        <source>EEPROM Access</source>
+        <translation>EEPROM アクセス</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Data</source>
+        <translation>データ</translation>
+    </message>
+    <message>
+        <source>Delimiter</source>
+        <translation>区切り文字</translation>
+    </message>
+    <message>
+        <source>(Ignore)</source>
+        <translation>(無視)</translation>
+    </message>
+    <message>
+        <source>CR</source>
+        <translation>CR</translation>
+    </message>
+    <message>
+        <source>LF</source>
+        <translation>LF</translation>
+    </message>
+    <message>
+        <source>CR+LF</source>
+        <translation>CR+LF</translation>
+    </message>
+    <message>
+        <source>Send Data(ASCII)</source>
+        <translation>送信データ(ASCII)</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>送信</translation>
+    </message>
+    <message>
+        <source>Received Data</source>
+        <translation>受信データ</translation>
+    </message>
+    <message>
+        <source>Show As Hex</source>
+        <translation>16 進で表示</translation>
+    </message>
+    <message>
+        <source>Max Receive Length</source>
+        <translation>最大受信長</translation>
+    </message>
+    <message>
+        <source>Bytes</source>
+        <translation>バイト</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>受信</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>クリア</translation>
+    </message>
+    <message>
+        <source>Read ZEL-RS232C setting is invalid</source>
+        <translation>読み込んだ ZEL-RS232C の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を読み込みました</translation>
+    </message>
+    <message>
+        <source>TCP Port number must be 0 to 65535</source>
+        <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C timeout</source>
+        <translation>ZEL-RS232C がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C undefined error</source>
+        <translation>ZEL-RS232C で不明なエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Manual</source>
+        <translation>手動</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore CTS)</source>
+        <translation>自動(CTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider CTS)</source>
+        <translation>自動(CTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Auto(Ignore RTS)</source>
+        <translation>自動(RTS を無視)</translation>
+    </message>
+    <message>
+        <source>Auto(Consider RTS)</source>
+        <translation>自動(RTS を考慮)</translation>
+    </message>
+    <message>
+        <source>Wait DTR/RTS</source>
+        <translation>DTR/RTS を待つ</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>切断</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C disconnect successed</source>
+        <translation>ZEL-RS232C を切断しました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C connect successed</source>
+        <translation>ZEL-RS232C に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C data is empty</source>
+        <translation>ZEL-RS232C の送信データが空です</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C sending successed</source>
+        <translation>ZEL-RS232C で送信しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C is not connected</source>
+        <translation>ZEL-RS232C に接続していません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C receiving successed</source>
+        <translation>ZEL-RS232C で受信しました</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Cannot open the log file %1: %2</source>
+        <translation>ログファイル %1 を開けません: %2</translation>
     </message>
 </context>
 </TS>

@@ -1,5 +1,6 @@
-// Turns SIGINT and SIGTERM into a Qt signal delivered by the event loop: the handler only writes
-// the signal number into a socket pair, which is async-signal-safe.
+// Turns SIGINT and SIGTERM into a Qt signal delivered by the event loop, so that Ctrl+C or a
+// service manager ends a program through its normal closing sequence. The handler only writes the
+// signal number into a socket pair, which is async-signal-safe. One watcher a process.
 #pragma once
 
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "sim/signalwatcher.h"
+#include "app/signalwatcher.h"
 
 #include <QSocketNotifier>
 

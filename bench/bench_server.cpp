@@ -1,0 +1,210 @@
+// bench_server: "read 0 16" round trips per second through the remote-control server (a plain
+// blocking TCP client on its own thread, the server on the event loop) against direct reads of
+// 16 bytes through WrenAgent, both talking to the same in-process mavix-sim. Prints the median,
+// min and max of each and, last, "ratio: X" = server / direct.
+#include "app/eventdispatcher.h"
+#include "server/servertab.h"
+#include "settings/mavixsetting.h"
+#include "sim/mavixsim.h"
+#include "sim/simthread.h"
+#include "wren/wrenagent.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTimer>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstdio>
+#include <cstring>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <string>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int kRoundTrips = 2000;
+constexpr int kRepetitions = 11;
+constexpr int kWarmUp = 500;
+constexpr int kTimeoutMs = 2000;
+constexpr int kRunLimitMs = 60000; // a run that takes longer is broken
+const char kCommand[] = "read 0 16\r\n";
+const std::string kPrompt = "\r\nMavixUtil>";
+
+QByteArray loadAverage()
+{
+    QFile file(QStringLiteral("/proc/loadavg"));
+    return file.open(QIODevice::ReadOnly) ? file.readLine().trimmed() : QByteArray("unknown");
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+// A blocking TCP client, as a script would be: send a line, read up to the prompt.
+class LineClient
+{
+public:
+    explicit LineClient(quint16 port)
+    {
+        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        timeval timeout{kTimeoutMs / 1000, 0};
+        ::setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+        const int one = 1;
+        ::setsockopt(m_fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        m_ok = ::connect(m_fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+               readToPrompt().find("OK:Connected") != std::string::npos;
+    }
+    ~LineClient() { ::close(m_fd); }
+    LineClient(const LineClient &) = delete;
+    LineClient &operator=(const LineClient &) = delete;
+
+    [[nodiscard]] bool ok() const { return m_ok; }
+
+    // Returns the number of failed round trips.
+    int roundTrips(int count)
+    {
+        int failed = 0;
+        for (int i = 0; i < count; ++i) {
+            if (::send(m_fd, kCommand, sizeof kCommand - 1, 0) < 0) {
+                ++failed;
+                continue;
+            }
+            if (readToPrompt().find("OK:\r\n00 : ") == std::string::npos)
+                ++failed;
+        }
+        return failed;
+    }
+
+private:
+    std::string readToPrompt()
+    {
+        std::string got;
+        char buffer[4096];
+        while (got.size() < kPrompt.size() ||
+               got.compare(got.size() - kPrompt.size(), kPrompt.size(), kPrompt) != 0) {
+            const ssize_t n = ::recv(m_fd, buffer, sizeof buffer, 0);
+            if (n <= 0)
+                break; // time-out or closed: the caller sees the missing reply
+            got.append(buffer, size_t(n));
+        }
+        return got;
+    }
+
+    int m_fd = -1;
+    bool m_ok = false;
+};
+
+// Runs the client on its own thread while the event loop serves it; rate per second.
+double serverRate(LineClient &client, int count, int *failed)
+{
+    QElapsedTimer clock;
+    clock.start();
+    int clientFailed = 0;
+    std::thread thread([&] {
+        clientFailed = client.roundTrips(count);
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    QTimer::singleShot(kRunLimitMs, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    thread.join();
+    *failed += clientFailed;
+    return count * 1e9 / double(qMax<qint64>(clock.nsecsElapsed(), 1));
+}
+
+double directRate(WrenAgent &agent, int count, int *failed)
+{
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < count; ++i) {
+        try {
+            if (agent.read(0, 16, kTimeoutMs, true).size() != 16)
+                ++*failed;
+        } catch (const WrenError &) {
+            ++*failed;
+        }
+    }
+    return count * 1e9 / double(qMax<qint64>(clock.nsecsElapsed(), 1));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    preferPlainEventDispatcher();
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
+    QApplication app(argc, argv);
+    SimThread device;
+    if (!device.start()) {
+        std::fprintf(stderr, "bench_server: %s\n", qPrintable(device.errorString()));
+        return 1;
+    }
+    device.sim()->setRecording(false);
+    MavixSetting target;
+    target.ipAddress = QStringLiteral("127.0.0.1");
+    target.udpPort = device.udpPort();
+    MavixSetting::setCurrent(target);
+    WrenAgent agent;
+    agent.setTarget(QHostAddress(QHostAddress::LocalHost), device.udpPort());
+    ServerTab server;
+    server.setAgent(&agent);
+    server.setPort(0);
+    if (!server.start()) {
+        std::fprintf(stderr, "bench_server: cannot listen\n");
+        return 1;
+    }
+    std::unique_ptr<LineClient> client;
+    std::thread connector([&] { client = std::make_unique<LineClient>(server.serverPort()); });
+    // The greeting is sent by the event loop; let it run until the client has it.
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &app, [&] {
+        if (client)
+            QCoreApplication::quit();
+    });
+    poll.start(10);
+    QTimer::singleShot(kRunLimitMs, &app, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    poll.stop();
+    connector.join();
+    if (!client || !client->ok()) {
+        std::fprintf(stderr, "bench_server: no greeting from the server\n");
+        return 1;
+    }
+
+    std::printf("bench_server: %d round trips x %d runs each, mavix-sim on 127.0.0.1:%u, "
+                "server on port %u\n",
+                kRoundTrips, kRepetitions, device.udpPort(), server.serverPort());
+    std::printf("load average at start: %s\n", loadAverage().constData());
+    int failed = 0;
+    (void)serverRate(*client, kWarmUp, &failed);
+    (void)directRate(agent, kWarmUp, &failed);
+    std::vector<double> serverRates;
+    std::vector<double> directRates;
+    // Alternate the two so that both see the same machine load.
+    for (int run = 0; run < kRepetitions; ++run) {
+        serverRates.push_back(serverRate(*client, kRoundTrips, &failed));
+        directRates.push_back(directRate(agent, kRoundTrips, &failed));
+    }
+    const auto [serverMin, serverMax] = std::minmax_element(serverRates.begin(), serverRates.end());
+    const auto [directMin, directMax] = std::minmax_element(directRates.begin(), directRates.end());
+    std::printf("server  read 0 16: median %7.0f/s  min %7.0f  max %7.0f\n", median(serverRates),
+                *serverMin, *serverMax);
+    std::printf("direct  read 16 B: median %7.0f/s  min %7.0f  max %7.0f\n", median(directRates),
+                *directMin, *directMax);
+    std::printf("load average at end: %s\n", loadAverage().constData());
+    std::printf("failed round trips: %d\n", failed);
+    std::printf("ratio: %.2f\n", median(serverRates) / median(directRates));
+    return failed == 0 ? 0 : 1;
+}

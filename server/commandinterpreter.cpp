@@ -1,0 +1,223 @@
+#include "server/commandinterpreter.h"
+
+#include "app/log.h"
+#include "settings/mavixsetting.h"
+#include "wren/wrenagent.h"
+
+#include <QFile>
+#include <QHash>
+#include <QHostAddress>
+
+namespace {
+
+// Protocol texts: scripts match them byte for byte, so they are never translated.
+const char kHelpList[] = "OK:\r\nread <address> <length> [filename]\r\n"
+                         "write <address> <data(hex) | filename>\r\nhelp [command]\r\nquit";
+const char kHelpLogLine[] =
+    "OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>";
+
+const QHash<QString, QByteArray> &helpTexts()
+{
+    static const QHash<QString, QByteArray> texts = {
+        {QStringLiteral("read"),
+         "OK:\r\nread <address> <length> [filename]\r\n"
+         "This command is used to read the register of the Mavix device.\r\n"
+         "<address> : register address of the device(00000000 - FFFFFFFF)\r\n"
+         "<length>  : data length(0 - 255)\r\n"
+         "[filename]: name of file to be written the read data"},
+        {QStringLiteral("write"),
+         "OK:\r\nwrite <address> <data | filename>\r\n"
+         "This command is used to write data into the device register.\r\n"
+         "<address> : register address of the device(00000000 - FFFFFFFF)\r\n"
+         "<data>    : data to be written(hex)\r\n"
+         "<filename>: name of file which has a data to be written\r\n"
+         "*note | This command can accsess ONLY 00000000 to FFFF0000"},
+        {QStringLiteral("help"), "OK:\r\nhelp [command]\r\n"
+                                 "This command returns the explain of commands.\r\n"
+                                 "[command] : name of command"},
+        {QStringLiteral("quit"), "OK:\r\nquit\r\nDisconnect the server"},
+    };
+    return texts;
+}
+
+QByteArray readFailureReply(quint32 code)
+{
+    switch (code) {
+    case WrenError::Timeout:
+        return QByteArrayLiteral("NG:Mavix device timeout");
+    case WrenError::BadReply:
+    case WrenError::ShortReply:
+        return QByteArrayLiteral("NG:Mavix device reply invalid packet");
+    case WrenError::BusError:
+        return QByteArrayLiteral("NG:Mavix device reply bus error");
+    default:
+        return {};
+    }
+}
+
+// Hex pairs from the start of the word; a trailing odd digit is ignored. Empty optional-like
+// result through `ok` when a pair does not parse.
+QByteArray hexPairs(const QString &word, bool *ok)
+{
+    QByteArray bytes;
+    *ok = true;
+    for (qsizetype i = 0; i + 1 < word.size(); i += 2) {
+        const uint value = word.mid(i, 2).toUInt(ok, 16);
+        if (!*ok)
+            return {};
+        bytes.append(char(value));
+    }
+    return bytes;
+}
+
+} // namespace
+
+QString CommandInterpreter::withoutTerminator(const QString &line)
+{
+    return line.endsWith(QLatin1String("\r\n")) ? line.chopped(2)
+                                                : line.chopped(qMin(1, int(line.size())));
+}
+
+CommandInterpreter::Result CommandInterpreter::run(const QString &command) const
+{
+    const QStringList words = command.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QString first = words.value(0);
+    if (first == QLatin1String("read"))
+        return read(words);
+    if (first == QLatin1String("write"))
+        return write(words);
+    if (first == QLatin1String("help"))
+        return help(words);
+    if (first == QLatin1String("quit"))
+        return Result{{}, false, {}, Outcome::None}; // the session answers it
+    return unknown();
+}
+
+CommandInterpreter::Result CommandInterpreter::unknown()
+{
+    LOG_ERROR(tr("Server mode, undefined command"));
+    const QByteArray reply = QByteArrayLiteral("NG:Unknown Command");
+    return Result{reply, true, {QString::fromLatin1(reply)}, Outcome::Failed};
+}
+
+CommandInterpreter::Result CommandInterpreter::read(const QStringList &words) const
+{
+    bool addressOk = false;
+    bool lengthOk = false;
+    const quint32 address = quint32(words.value(1).toULongLong(&addressOk, 16));
+    const int length = words.value(2).toInt(&lengthOk, 10);
+    if ((words.size() != 3 && words.size() != 4) || !addressOk || !lengthOk || length < 1 ||
+        length > kMaxReadLength || quint64(address) + quint64(length) - 1 > 0xFFFFFFFFull) {
+        LOG_ERROR(tr("Server mode, invalid read command"));
+        return Result{QByteArrayLiteral("NG:invalid read command"), true, {}, Outcome::None};
+    }
+    QByteArray data;
+    try {
+        if (!m_agent)
+            throw WrenError{WrenError::Timeout, {}};
+        aimAgent();
+        data = m_agent->read(address, quint8(length), m_accessTimeoutMs, true);
+        // A request that was not sent, or a reply without all the bytes, read nothing usable.
+        if (data.size() < length)
+            throw WrenError{WrenError::ShortReply, {}};
+    } catch (const WrenError &error) {
+        // A request that never left read nothing, as a reply without its bytes.
+        const QByteArray reply =
+            readFailureReply(error.unsent ? WrenError::ShortReply : error.code);
+        return Result{reply, !reply.isEmpty(), {}, Outcome::Failed};
+    }
+    const QByteArray text = dump(address, data.left(length));
+    if (words.size() == 4) {
+        QFile file(words.at(3));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+            file.write(text) != text.size() || !file.flush()) {
+            return Result{QByteArrayLiteral("NG:\r\nread command can not open the file"),
+                          true,
+                          {},
+                          Outcome::Failed};
+        }
+    }
+    LOG_INFO_MSG(tr("Server mode, read command successed"));
+    return Result{QByteArrayLiteral("OK:\r\n") + text, true, {}, Outcome::Succeeded};
+}
+
+CommandInterpreter::Result CommandInterpreter::invalidWrite(Outcome outcome)
+{
+    LOG_ERROR(tr("Server mode, invalid write command"));
+    return Result{QByteArrayLiteral("NG:invalid write command"), true, {}, outcome};
+}
+
+CommandInterpreter::Result CommandInterpreter::write(const QStringList &words) const
+{
+    if (words.size() != 3)
+        return invalidWrite();
+    bool addressOk = false;
+    const quint32 address = quint32(words.at(1).toULongLong(&addressOk, 16));
+    bool hexOk = false;
+    QByteArray data = hexPairs(words.at(2), &hexOk);
+    if (!hexOk) {
+        // Not hex: the word names a file whose raw bytes are written. One byte past the limit is
+        // enough to refuse it, so a huge file is never loaded.
+        QFile file(words.at(2));
+        if (!file.open(QIODevice::ReadOnly))
+            return invalidWrite(Outcome::Failed);
+        data = file.read(kMaxWriteSize + 1);
+    }
+    if (!addressOk)
+        return invalidWrite(Outcome::Failed);
+    if (data.size() > kMaxWriteSize || quint64(address) + quint64(data.size()) > kWriteLimit)
+        return invalidWrite();
+    try {
+        if (!m_agent)
+            throw WrenError{WrenError::Timeout, {}};
+        aimAgent();
+        (void)m_agent->write(address, data, m_accessTimeoutMs, true);
+    } catch (const WrenError &error) {
+        QByteArray reply;
+        if (error.code == WrenError::Timeout) {
+            LOG_ERROR(tr("Server mode, write command is timeout"));
+            reply = QByteArrayLiteral("NG:Server mode, write command is timeout");
+        } else if (error.code == WrenError::BusError) {
+            LOG_ERROR(tr("Server mode, Mavix device reply bus error"));
+            reply = QByteArrayLiteral("NG: Mavix device reply bus error");
+        } else {
+            LOG_ERROR(tr("Server mode, Mavix device won't reply"));
+            reply = QByteArrayLiteral("NG:Mavix device won't reply");
+        }
+        return Result{reply, true, {}, Outcome::Failed};
+    }
+    // A successful write is answered by silence: the next line is simply accepted.
+    LOG_INFO_MSG(tr("Server mode, write command successed"));
+    return Result{{}, false, {}, Outcome::Succeeded};
+}
+
+CommandInterpreter::Result CommandInterpreter::help(const QStringList &words)
+{
+    if (words.size() > 2 || (words.size() == 2 && !helpTexts().contains(words.at(1)))) {
+        LOG_ERROR(tr("Server mode, invalid help command"));
+        return Result{QByteArrayLiteral("NG:invalid help command"), true, {}, Outcome::None};
+    }
+    const QByteArray reply =
+        words.size() == 1 ? QByteArray(kHelpList) : helpTexts().value(words.at(1));
+    LOG_INFO_MSG(tr("Server mode, help command successed"));
+    return Result{reply, true, {QString::fromLatin1(kHelpLogLine)}, Outcome::Succeeded};
+}
+
+QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
+{
+    QByteArray text;
+    for (qsizetype offset = 0; offset < data.size(); offset += kDumpBytesPerLine) {
+        text += QByteArray::number(address + quint32(offset), 16).toUpper().rightJustified(2, '0');
+        text += " : ";
+        for (const char byte : data.mid(offset, kDumpBytesPerLine))
+            text += QByteArray::number(uchar(byte), 16).toUpper().rightJustified(2, '0') + ' ';
+        text += "\r\n";
+    }
+    return text;
+}
+
+void CommandInterpreter::aimAgent() const
+{
+    const MavixSetting target = MavixSetting::current();
+    m_agent->setTarget(QHostAddress(target.ipAddress), target.udpPort);
+}

@@ -1,0 +1,171 @@
+#include "app/appcontext.h"
+#include "modules/gpibunit.h"
+#include "modules/zelgpibtab.h"
+#include "sim/simgpib.h"
+#include "tabfixture.h"
+#include "ui/mainwindow.h"
+
+#include <QComboBox>
+
+// Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
+const QString kToEcho = "5038 403f 4040 4022 5030 ";
+const QString kFromEcho = "5038 403f 4042 4020 5030 ";
+const QString kSendTo2 = "ConnectButton TargetAddress=2 Command=";
+const QString kSendAB = kSendTo2 + "AB SendButton "; // with CR LF: 9 units
+// The echo box holds "AB" CR LF; the units so far are forgotten and what follows is shown as hex.
+const QString kEchoHoldsAB = kSendAB + "clear ShowAsHexCheckBox ";
+
+// The ZEL-GPIB tab in the main window, over loopback TCP to the emulator's GPIB module (meter at
+// GPIB address 1, echo box at 2) and UDP to its registers. Each row plays a user's steps and
+// checks the traffic the emulator saw, what the form showed and the errors reported.
+class tst_ZelGpib : public QObject
+{
+    Q_OBJECT
+
+    SimThread m_sim;
+    std::unique_ptr<SimGpib> m_gpib;
+    std::unique_ptr<AppContext> m_context;
+    std::unique_ptr<ReportCollector> m_reports;
+    QStringList m_seen;
+
+    template <typename T = QWidget> T *widget(const QString &name) const
+    {
+        return m_context->mainWindow()->zelgpibTab()->findChild<T *>("ZELGPIB" + name);
+    }
+    // Steps: "Name=text" types into ZELGPIB<Name>, "Name" clicks it, "?Name" notes its text ("off"
+    // when disabled); "delimiter=N", "clear" (forgets the units so far) and "fault=KIND:N" (the
+    // N-th unit of the connection, see SimGpib).
+    void play(const QString &script)
+    {
+        for (const QString &step : script.split(u' ', Qt::SkipEmptyParts)) {
+            const QString name = step.section(u'=', 0, 0), value = step.section(u'=', 1);
+            SimGpib::Fault fault = SimGpib::Fault::None;
+            int request = 0;
+            QWidget *seen = widget(name.mid(1));
+            if (name == "delimiter")
+                widget<QComboBox>("DelimiterComboBox")->setCurrentIndex(value.toInt());
+            else if (name == "fault" && SimGpib::parseFault(value, &fault, &request))
+                m_gpib->setFault(fault, request);
+            else if (name == "clear")
+                m_gpib->clearUnits();
+            else if (name.startsWith(u'?'))
+                m_seen << (!seen->isEnabled()            ? "off"
+                           : seen->inherits("QTextEdit") ? seen->property("plainText").toString()
+                                                         : seen->property("text").toString());
+            else if (step.contains(u'='))
+                widget<QLineEdit>(name)->setText(value);
+            else
+                QTest::mouseClick(widget<QAbstractButton>(name), Qt::LeftButton);
+        }
+    }
+    static void columns()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("traffic"); // GPIB units, then register accesses
+        QTest::addColumn<QString>("seen");
+        QTest::addColumn<QString>("errors");
+    }
+    void playRow()
+    {
+        QFETCH(QString, script);
+        play("delimiter=3 " + script);
+        const QStringList registers = describe(m_sim.sim()->accessLog());
+        QTEST((m_gpib->units() + registers).join(u' '), "traffic");
+        QTEST(m_seen.join(u'|'), "seen");
+        QTEST(m_reports->errors.join(u'|'), "errors");
+    }
+
+private slots:
+    void init()
+    {
+        m_context.reset();
+        m_seen.clear();
+        QVERIFY(m_sim.start());
+        m_gpib = std::make_unique<SimGpib>();
+        const quint16 port = m_gpib->start(QHostAddress::LocalHost, 0);
+        const QString target = QStringLiteral("127.0.0.1:%1:%2").arg(m_sim.udpPort()).arg(port);
+        m_context = std::make_unique<AppContext>(false, false, 0, true, nullptr, target);
+        m_reports = std::make_unique<ReportCollector>();
+        m_context->mainWindow()->zelgpibTab()->setWaitTimeoutMs(300); // instead of 10 s
+        m_sim.sim()->clearAccessLog();
+    }
+
+    // Tables: one row a line.
+    // clang-format off
+    void unitEncoding_data()
+    {
+        QTest::addColumn<QByteArray>("unit");
+        QTest::addColumn<QByteArray>("hex");
+        const auto row = [](const char *name, const GpibUnit &unit, const char *hex) { QTest::addRow("%s", name) << unit.toByteArray().toHex() << QByteArray(hex); };
+        row("bus control, both flags", GpibUnit::busControl(true, true), "5038");
+        row("bus control, first flag", GpibUnit::busControl(true, false), "5030");
+        row("bus control, second flag", GpibUnit::busControl(false, true), "5028");
+        row("Interface Clear", GpibUnit::interfaceClear(), "502f");
+        row("unlisten", GpibUnit::unlisten(), "403f");
+        row("talk address 30", GpibUnit::talkAddress(30), "405e");
+        row("listen address 30", GpibUnit::listenAddress(30), "403e");
+        row("data byte", GpibUnit::dataByte('A'), "2041");
+        row("last data byte", GpibUnit::lastDataByte('\n'), "210a");
+        row("read one byte", GpibUnit::readOneByte(), "3000");
+    }
+    void unitEncoding() { QFETCH(QByteArray, unit); QTEST(unit, "hex"); }
+
+    void sendSequence_data()
+    {
+        columns();
+        QTest::addRow("one byte") << "delimiter=0 " + kSendTo2 + "A SendButton" << kToEcho + "2141" << "" << "";
+        QTest::addRow("CR LF") << kSendTo2 + "*IDN? SendButton" << kToEcho + "202a 2049 2044 204e 203f 200d 210a" << "" << "";
+    }
+    void sendSequence() { playRow(); }
+
+    void receiveEndings_data()
+    {
+        columns();
+        const QString reads = kFromEcho + "3000 3000 3000 3000";
+        QTest::addRow("CR LF removed") << kEchoHoldsAB + "ReceiveButton ?ReceivedData" << reads << "41 42" << "";
+        QTest::addRow("END, data kept") << kEchoHoldsAB + "delimiter=0 ReceiveButton ?ReceivedData" << reads << "41 42 0d 0a" << "";
+        QTest::addRow("LF removed, CR kept") << kEchoHoldsAB + "delimiter=2 ReceiveButton ?ReceivedData" << reads << "41 42 0d" << "";
+        QTest::addRow("CR, rest unaddressed") << kEchoHoldsAB + "delimiter=1 ReceiveButton delimiter=0 ReceiveButton ?ReceivedData" << reads << "41 42\n0a" << "";
+        QTest::addRow("length 3, rest unaddressed") << kEchoHoldsAB + "delimiter=0 MaxReceiveLength=3 ReceiveButton MaxReceiveLength=0 ReceiveButton ?ReceivedData" << reads << "41 42 0d\n0a" << "";
+        QTest::addRow("connected anew, addressed anew") << kEchoHoldsAB + "delimiter=0 MaxReceiveLength=1 ReceiveButton ConnectButton ConnectButton MaxReceiveLength=0 ReceiveButton ?ReceivedData" << kFromEcho + "3000 " + reads.chopped(5) << "41\n42 0d 0a" << "";
+    }
+    void receiveEndings() { playRow(); }
+
+    void failureDisconnects_data()
+    {
+        columns();
+        const QString packet = "GPIB error packet|GPIB undefined error";
+        QTest::addRow("error packet to a talk address") << "fault=error-packet:3 " + kSendAB + "?ConnectButton ?SendButton" << "5038 403f 4040" << "Connect|off" << packet;
+        QTest::addRow("no reply to a data byte") << "fault=no-reply:7 " + kSendAB + "?ConnectButton ?SendButton" << kToEcho + "2041 2042" << "Connect|off" << "GPIB timeout";
+        QTest::addRow("error packet to a read") << "fault=error-packet:15 " + kEchoHoldsAB + "ReceiveButton ?ConnectButton" << kFromEcho + "3000" << "Connect" << packet;
+        QTest::addRow("no reply to Interface Clear") << "fault=no-reply:10 " + kEchoHoldsAB + "IFCButton ?ConnectButton" << "502f" << "Connect" << "GPIB timeout";
+    }
+    void failureDisconnects() { playRow(); }
+
+    // Written with the permission steps, then read back into emptied fields.
+    void settingsRoundTrip_data()
+    {
+        columns();
+        const QString back = " SettingWrite ControllerAddress= Timeout= SettingRead ?ControllerAddress ?Timeout";
+        const QString obtain = "write fffffcff 1 [00] write fffe1000 4 ", release = " write fffffcff 1 [ff] read fffe1000 4";
+        QTest::addRow("30, 655350 ms") << "ControllerAddress=30 Timeout=655350" + back << obtain + "[1e00ffff]" + release << "30|655350" << "";
+        QTest::addRow("15 ms: 1 unit, shown 10") << "ControllerAddress=0 Timeout=15" + back << obtain + "[00000001]" + release << "0|10" << "";
+    }
+    void settingsRoundTrip() { playRow(); }
+
+    void refusedFieldsMakeNoTraffic_data()
+    {
+        columns();
+        const QString controller = "Controller GPIB address must be 0 to 30";
+        QTest::addRow("send to 31") << "ConnectButton TargetAddress=31 SendButton ?ConnectButton" << "" << "Disconnect" << "Target GPIB address must be 0 to 30";
+        QTest::addRow("receive as -1") << "ConnectButton ControllerAddress=-1 ReceiveButton ?ConnectButton" << "" << "Disconnect" << controller;
+        QTest::addRow("empty command") << "ConnectButton Command= SendButton ?ConnectButton" << "" << "Disconnect" << "GPIB command is empty";
+        QTest::addRow("write as abc") << "ControllerAddress=abc SettingWrite" << "" << "" << controller;
+        QTest::addRow("write 655359 ms") << "Timeout=655359 SettingWrite" << "" << "" << "Timeout must be 0 to 655350";
+    }
+    void refusedFieldsMakeNoTraffic() { playRow(); }
+    // clang-format on
+};
+
+QTEST_MAIN(tst_ZelGpib)
+#include "tst_zelgpib.moc"

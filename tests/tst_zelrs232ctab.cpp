@@ -1,0 +1,165 @@
+// The ZEL-RS232C tab against the emulator's serial bridge.
+#include "modules/zelrs232ctab.h"
+#include "sim/simserialbridge.h"
+#include "simclient.h"
+#include "tabfixture.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPlainTextEdit>
+
+class SerialFixture : public TabFixture<ZELRS232CTab>
+{
+public:
+    [[nodiscard]] bool start()
+    {
+        bool listening = TabFixture::start();
+        MavixSim *emulator = sim();
+        QMetaObject::invokeMethod(
+            emulator, [&] { listening &= (new SimSerialBridge(emulator, emulator))->start(0, 0); },
+            Qt::BlockingQueuedConnection);
+        tab.setTimeouts(2000, 300);
+        return listening;
+    }
+    template <typename T> T *w(const QString &name) const
+    {
+        return child<T>(qPrintable(QLatin1String("ZELRS232c") + name));
+    }
+    void select(const char *name, int index) const { w<QComboBox>(name)->setCurrentIndex(index); }
+    // The selected connector as the form shows it: its boxes, then the check boxes ticked.
+    QString shown() const
+    {
+        QStringList parts, on;
+        for (const char *box : {"BaudRateCombobox", "DataWidthCombobox", "StopBitCombobox",
+                                "ParityComboBox", "AutoFlowCtrlComboBox"})
+            parts << w<QComboBox>(box)->currentText();
+        for (const char *box : {"Wait", "RTS", "CTS", "DTR", "RI", "DSR", "TxD", "RxD", "CD"})
+            if (w<QCheckBox>(QLatin1String(box) + "CheckBox")->isChecked())
+                on << QLatin1String(box);
+        return (parts << on.join(' ')).join('/');
+    }
+    void connectBoth() const
+    {
+        click("ZELRS232cRead");
+        click("ZELRS232cConnectButton");
+        select("ConnectorComboBox", 1);
+        click("ZELRS232cConnectButton");
+        select("ConnectorComboBox", 0);
+    }
+    QString sendFromDteAndReceive(int delimiter, int receives) const
+    {
+        child<QComboBox>("ZELRS232CDelimiterComboBox")->setCurrentIndex(delimiter);
+        w<QLineEdit>("SendDataLineEdit")->setText(QStringLiteral("hello"));
+        QTest::keyClick(w<QLineEdit>("SendDataLineEdit"), Qt::Key_Return);
+        select("ConnectorComboBox", 1);
+        for (int i = 0; i < receives; ++i)
+            click("ZELRS232cReceiveButton");
+        return w<QPlainTextEdit>("ReceivedDataTextarea")->toPlainText();
+    }
+};
+
+class TestZELRS232CTab : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void configurationRoundTrip_data()
+    {
+        QTest::addColumn<QByteArray>("config");
+        QTest::addColumn<QString>("dte");
+        QTest::addColumn<QString>("dce");
+        QTest::addColumn<QByteArray>("written");
+        QTest::addRow("baud code 0 reads as 9,600") << hex("00001878") << "9,600/8/1/None/Manual/"
+                                                    << "Manual/" << hex("70001878");
+        QTest::addRow("parity byte 2 reads None") << hex("70021878") << "9,600/8/1/None/Manual/"
+                                                  << "Manual/" << hex("70001878");
+        QTest::addRow("460,800 7 bits 2 stop Mark, auto flow")
+            << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/"
+            << "Auto(Consider RTS)/Wait" << hex("16041C7F");
+        QTest::addRow("36,400 6 bits Space, DTE auto and waits")
+            << hex("58051D78") << "36,400/6/1/Space/Auto(Ignore CTS)/Wait"
+            << "Manual/" << hex("58051D78");
+        QTest::addRow("115,200 Even, DTE's RTS on")
+            << hex("30070878") << "115,200/8/1/Even/Manual/RTS"
+            << "Manual/RTS" << hex("30070878");
+        QTest::addRow("1,200 5 bits Odd, DCE's four outputs on")
+            << hex("AC061800") << "1,200/5/1/Odd/Manual/CTS RI DSR CD"
+            << "Manual/CTS RI DSR CD" << hex("AC061800");
+    }
+    void configurationRoundTrip()
+    {
+        QFETCH(QByteArray, config);
+        SerialFixture f;
+        QVERIFY(f.start());
+        QVERIFY(RawClient().exchange(writeRequest(0xFFFFFF3C, config), f.simThread.udpPort()));
+        f.select("ParityComboBox", 4); // what the read must replace
+        f.click("ZELRS232cRead");
+        QTEST(f.shown(), "dte");
+        f.select("ConnectorComboBox", 1);
+        QTEST(f.shown().section('/', 4), "dce"); // each line shows alike at both ends
+        f.sim()->clearAccessLog();
+        f.click("ZELRS232cWrite");
+        QTEST(f.accesses().value(0).data, "written");
+    }
+    void eepromWriteAsksPermissionForAValidPort()
+    {
+        SerialFixture f;
+        QVERIFY(f.start());
+        f.w<QCheckBox>("EEPROMAccessCheckBox")->setChecked(true);
+        f.w<QLineEdit>("PortLineEdit")->setText(QStringLiteral("70000"));
+        f.sim()->clearAccessLog();
+        f.click("ZELRS232cWrite");
+        QCOMPARE(f.reports.errors, QStringList{"TCP Port number must be 0 to 65535"});
+        QCOMPARE(describe(f.accesses()), QStringList());
+        f.w<QLineEdit>("PortLineEdit")->setText(QStringLiteral("2424"));
+        f.click("ZELRS232cWrite");
+        QCOMPARE(
+            describe(f.accesses()),
+            (QStringList{"write fffffcff 1 [00]", "write fffffc3c 4 [70001878]",
+                         "write fffffc1c 2 [0978]", "read fffffc00 64", "write fffffcff 1 [ff]"}));
+        QCOMPARE(f.reports.results, QStringList{"Writing ZEL-RS232C setting is successed"});
+    }
+    void receive_data()
+    {
+        QTest::addColumn<int>("delimiter");
+        QTest::addColumn<QString>("maxLength");
+        QTest::addColumn<bool>("asHex");
+        QTest::addColumn<int>("receives");
+        QTest::addColumn<QString>("lengthShown");
+        QTest::addColumn<QString>("shown");
+        QTest::addRow("(Ignore) as hex") << 0 << "(Ignore)" << true << 1 << "(Ignore)"
+                                         << "68656c6c6f";
+        QTest::addRow("CR as hex") << 1 << "0" << true << 1 << "(Ignore)"
+                                   << "68656c6c6f0d";
+        QTest::addRow("LF as hex") << 2 << "x" << true << 1 << "(Ignore)"
+                                   << "68656c6c6f0a";
+        QTest::addRow("CR+LF as hex") << 3 << "-1" << true << 1 << "(Ignore)"
+                                      << "68656c6c6f0d0a";
+        QTest::addRow("text without its CR+LF") << 3 << "" << false << 1 << "(Ignore)"
+                                                << "hello";
+        QTest::addRow("at most 4 bytes at a time") << 2 << "4" << false << 2 << "4"
+                                                   << "hell\no";
+    }
+    void receive()
+    {
+        QFETCH(int, delimiter);
+        QFETCH(int, receives);
+        QFETCH(QString, maxLength);
+        QFETCH(bool, asHex);
+        SerialFixture f;
+        QVERIFY(f.start());
+        f.connectBoth();
+        f.w<QLineEdit>("MaxReceiveLengthLineEdit")->setText(maxLength);
+        emit f.w<QLineEdit>("MaxReceiveLengthLineEdit")->editingFinished();
+        QTEST(f.w<QLineEdit>("MaxReceiveLengthLineEdit")->text(), "lengthShown");
+        f.w<QCheckBox>("ShowAsHexCheckBox")->setChecked(asHex);
+        QTEST(f.sendFromDteAndReceive(delimiter, receives), "shown");
+        f.click("ZELRS232cReceiveButton"); // nothing more comes: the wait ends the connection
+        QCOMPARE(f.reports.errors, QStringList{"ZEL-RS232C timeout"});
+        QCOMPARE(f.w<QPushButton>("ConnectButton")->text(), QStringLiteral("Connect"));
+        QCOMPARE(f.outcome(), QStringLiteral("succeeded %1, failed 1").arg(3 + 1 + receives));
+    }
+};
+
+QTEST_MAIN(TestZELRS232CTab)
+#include "tst_zelrs232ctab.moc"
