@@ -205,12 +205,20 @@ CommandInterpreter::Result CommandInterpreter::help(const QStringList &words)
 
 QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
 {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
     QByteArray text;
+    // Per line: an address of up to 8 digits, " : ", three characters a byte, CR LF.
+    text.reserve((data.size() / kDumpBytesPerLine + 1) * (8 + 3 + 3 * kDumpBytesPerLine + 2));
     for (qsizetype offset = 0; offset < data.size(); offset += kDumpBytesPerLine) {
         text += QByteArray::number(address + quint32(offset), 16).toUpper().rightJustified(2, '0');
         text += " : ";
-        for (const char byte : data.mid(offset, kDumpBytesPerLine))
-            text += QByteArray::number(uchar(byte), 16).toUpper().rightJustified(2, '0') + ' ';
+        const qsizetype end = qMin(offset + kDumpBytesPerLine, data.size());
+        for (qsizetype i = offset; i < end; ++i) {
+            const auto byte = uchar(data.at(i));
+            text += kDigits[byte >> 4];
+            text += kDigits[byte & 0xF];
+            text += ' ';
+        }
         text += "\r\n";
     }
     return text;
@@ -219,5 +227,10 @@ QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
 void CommandInterpreter::aimAgent() const
 {
     const MavixSetting target = MavixSetting::current();
-    m_agent->setTarget(QHostAddress(target.ipAddress), target.udpPort);
+    // Parsed again only when the address text changes: most commands go to the same device.
+    if (target.ipAddress != m_targetText) {
+        m_targetText = target.ipAddress;
+        m_targetAddress = QHostAddress(target.ipAddress);
+    }
+    m_agent->setTarget(m_targetAddress, target.udpPort);
 }

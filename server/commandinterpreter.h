@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QHostAddress>
 #include <QString>
 #include <QStringList>
 
@@ -53,4 +54,6 @@ private:
 
     WrenAgent *m_agent = nullptr;
     int m_accessTimeoutMs = 10000;
+    mutable QString m_targetText;
+    mutable QHostAddress m_targetAddress;
 };

@@ -5,6 +5,9 @@
 
 #include <QStringList>
 #include <QTcpSocket>
+#include <QTimer>
+
+#include <utility>
 
 RCClient::RCClient(quint64 id, QTcpSocket *socket, AccessGate *gate, QObject *parent)
     : QObject(parent), m_id(id), m_socket(socket), m_gate(gate)
@@ -15,6 +18,10 @@ RCClient::RCClient(quint64 id, QTcpSocket *socket, AccessGate *gate, QObject *pa
     connect(socket, &QTcpSocket::disconnected, this, &RCClient::dispose);
     connect(socket, &QTcpSocket::bytesWritten, this, &RCClient::sendSettled);
     connect(socket, &QTcpSocket::errorOccurred, this, &RCClient::sendSettled);
+    m_echoTimer = new QTimer(this);
+    m_echoTimer->setSingleShot(true);
+    m_echoTimer->setInterval(kEchoHoldMs);
+    connect(m_echoTimer, &QTimer::timeout, this, &RCClient::flushEcho);
 }
 
 RCClient::~RCClient()
@@ -30,6 +37,11 @@ void RCClient::sendData(const QByteArray &bytes)
 {
     if (m_disposed || !m_socket)
         return;
+    if (!m_heldEcho.isEmpty()) {
+        m_echoTimer->stop();
+        sendData(std::exchange(m_heldEcho, {}) + bytes);
+        return;
+    }
     if (m_socket->write(bytes) != bytes.size()) {
         LOG_ERROR(tr("Server to Client, fail to send"));
         dispose();
@@ -49,13 +61,20 @@ void RCClient::sendPrompt()
 bool RCClient::finishCommand(const QString &command)
 {
     QStringList parts = command.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (parts.isEmpty())
+    if (parts.isEmpty()) {
+        flushEcho();
         return false;
+    }
     QString &last = parts.last();
     last.chop(last.endsWith(QLatin1String("\r\n")) ? 2 : 1);
-    if (parts.first() != QLatin1String("quit"))
+    if (parts.first() != QLatin1String("quit")) {
+        flushEcho(); // a command answered by silence leaves its echo here
         return false;
+    }
     if (m_disposed || !m_socket)
+        return true;
+    flushEcho();
+    if (m_disposed)
         return true;
     const QByteArray bye = QByteArrayLiteral("Bye-Bye!\r\n");
     if (m_socket->write(bye) != bye.size())
@@ -77,12 +96,9 @@ void RCClient::getPacket()
     if (chunk.isEmpty())
         return;
     const bool endsLine = chunk.endsWith('\n') || chunk.endsWith('\r');
-    const QByteArray echo = endsLine ? chunk + QByteArrayLiteral("\r\n") : chunk;
-    if (m_socket->write(echo) != echo.size()) {
-        LOG_ERROR(tr("Server to Client, fail to send"));
-        dispose();
+    sendEcho(endsLine ? chunk + QByteArrayLiteral("\r\n") : chunk, endsLine && !m_discarding);
+    if (m_disposed)
         return;
-    }
     if (m_discarding) {
         m_discarding = !endsLine;
         return;
@@ -105,6 +121,34 @@ void RCClient::getPacket()
     emit lineReceived(command);
     --m_busy;
     deleteWhenIdle();
+}
+
+// The echo of a line that is about to run waits for the reply, or for kEchoHoldMs; everything
+// echoed after it queues behind it, so the bytes keep their order.
+void RCClient::sendEcho(const QByteArray &echo, bool endsLine)
+{
+    if (endsLine || !m_heldEcho.isEmpty()) {
+        m_heldEcho += echo;
+        if (!m_echoTimer->isActive())
+            m_echoTimer->start();
+        return;
+    }
+    if (m_socket->write(echo) != echo.size()) {
+        LOG_ERROR(tr("Server to Client, fail to send"));
+        dispose();
+    }
+}
+
+void RCClient::flushEcho()
+{
+    m_echoTimer->stop();
+    if (m_heldEcho.isEmpty() || m_disposed || !m_socket)
+        return;
+    const QByteArray echo = std::exchange(m_heldEcho, {});
+    if (m_socket->write(echo) != echo.size()) {
+        LOG_ERROR(tr("Server to Client, fail to send"));
+        dispose();
+    }
 }
 
 void RCClient::dispose()

@@ -10,6 +10,7 @@
 
 class AccessGate;
 class QTcpSocket;
+class QTimer;
 
 class RCClient : public QObject
 {
@@ -19,6 +20,9 @@ public:
     static constexpr int kSendTimeoutMs = 10000;
     // A line that grows past this without a terminator is dropped and answered as unknown.
     static constexpr qsizetype kMaxLineBytes = 64 * 1024;
+    // The echo of a finished line is held this long at most, so that it usually leaves together
+    // with the reply: one segment, and one wake-up of the peer instead of two.
+    static constexpr int kEchoHoldMs = 20;
 
     // The client takes the socket over. Waits for written bytes run through `gate` when given.
     RCClient(quint64 id, QTcpSocket *socket, AccessGate *gate, QObject *parent = nullptr);
@@ -48,12 +52,16 @@ public slots:
 
 private:
     [[nodiscard]] bool waitWritten();
+    void sendEcho(const QByteArray &echo, bool endsLine);
+    void flushEcho();
     void deleteWhenIdle();
 
     quint64 m_id = 0;
     QPointer<QTcpSocket> m_socket;
     QPointer<AccessGate> m_gate;
     QByteArray m_line;
+    QByteArray m_heldEcho; // echo not yet written; it goes out before anything else
+    QTimer *m_echoTimer = nullptr;
     bool m_discarding = false; // the rest of an overlong line is being skipped
     bool m_disposed = false;
     // Calls of ours still on the stack (a line being delivered, a wait for written bytes): the

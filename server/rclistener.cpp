@@ -51,6 +51,9 @@ void RCListener::getConnection()
     QTcpSocket *socket = m_server ? m_server->nextPendingConnection() : nullptr;
     if (!socket)
         return;
+    // Echo, reply and prompt are small writes in a row: without this the reply waits for the
+    // peer's delayed acknowledgement of the echo.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     auto *client = new RCClient(m_nextId++, socket, m_gate, this);
     emit connected(client);
 }

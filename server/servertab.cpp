@@ -6,6 +6,7 @@
 #include "ui_servertab.h"
 #include "wren/wrenagent.h"
 
+#include <QEvent>
 #include <QPlainTextEdit>
 
 #include <optional>
@@ -13,11 +14,10 @@
 ServerTab::ServerTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::ServerTab>())
 {
     m_ui->setupUi(this);
-    setLogView(m_ui->serverLogTextarea);
     m_logTimer = new QTimer(this);
     m_logTimer->setSingleShot(true);
-    m_logTimer->setInterval(kLogBatchMs);
     connect(m_logTimer, &QTimer::timeout, this, &ServerTab::flushLog);
+    setLogView(m_ui->serverLogTextarea);
 }
 
 ServerTab::~ServerTab() = default;
@@ -30,14 +30,12 @@ void ServerTab::setAgent(WrenAgent *agent)
     m_interpreter.setAgent(agent);
     if (!agent)
         return;
-    // Lines that arrived while another part of the program used the device run once it is done.
-    connect(
-        agent->gate(), &AccessGate::busyChanged, this,
-        [this](bool busy) {
-            if (!busy)
-                runNext();
-        },
-        Qt::QueuedConnection);
+    // Lines that arrived while another part of the program used the device run once it is done,
+    // from the event loop. Only then is anything posted: most releases find the queue empty.
+    connect(agent->gate(), &AccessGate::busyChanged, this, [this](bool busy) {
+        if (!busy && m_running == 0)
+            scheduleNext();
+    });
     if (m_listener)
         m_listener->setGate(agent->gate());
 }
@@ -45,9 +43,21 @@ void ServerTab::setAgent(WrenAgent *agent)
 void ServerTab::setLogView(QPlainTextEdit *view)
 {
     flushLog();
-    m_logView = view;
     if (m_logView)
-        m_logView->setMaximumBlockCount(kMaxLogLines);
+        m_logView->removeEventFilter(this);
+    m_logView = view;
+    if (!m_logView)
+        return;
+    m_logView->setMaximumBlockCount(kMaxLogLines);
+    m_logView->installEventFilter(this);
+}
+
+bool ServerTab::eventFilter(QObject *watched, QEvent *event)
+{
+    // Lines gathered while the view was hidden show up as soon as it is shown.
+    if (watched == m_logView && event->type() == QEvent::Show && !m_pendingLog.isEmpty())
+        m_logTimer->start(0);
+    return QWidget::eventFilter(watched, event);
 }
 
 bool ServerTab::start()
@@ -151,14 +161,18 @@ void ServerTab::appendLog(const QString &line)
     if (!m_logView)
         return;
     m_pendingLog << QString(line).replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    if (m_pendingLog.size() > kMaxLogLines)
+    // Trimmed in bulk: the view keeps no more than kMaxLogLines anyway.
+    if (m_pendingLog.size() >= 2 * kMaxLogLines)
         m_pendingLog.remove(0, m_pendingLog.size() - kMaxLogLines);
-    if (!m_logTimer->isActive())
-        m_logTimer->start();
+    // A hidden view is not laid out over and over; it catches up when shown.
+    if (!m_logTimer->isActive() && m_logView->isVisible())
+        m_logTimer->start(kLogBatchMs);
 }
 
 void ServerTab::flushLog()
 {
+    if (m_pendingLog.size() > kMaxLogLines)
+        m_pendingLog.remove(0, m_pendingLog.size() - kMaxLogLines);
     if (m_logView && !m_pendingLog.isEmpty())
         m_logView->appendPlainText(m_pendingLog.join(QLatin1Char('\n')));
     m_pendingLog.clear();

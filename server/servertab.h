@@ -53,6 +53,9 @@ public slots:
     void runCommand(const QString &text);
     void deleteClient();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     struct PendingLine
     {

@@ -408,7 +408,7 @@ int main(int argc, char *argv[])
                      [](const QString &line) { printLine(stdout, line); });
     QObject::connect(&sim, &MavixSim::problemOccurred, &sim,
                      [](const QString &text) { printLine(stderr, tr("mavix-sim: %1").arg(text)); });
-    QObject::connect(&sim, &MavixSim::udpPortMoved, &sim, [&sim](quint16 port) {
+    QObject::connect(&sim, &MavixSim::udpPortMoved, &sim, [](quint16 port) {
         printLine(stdout, tr("mavix-sim: moved to UDP port %1").arg(port));
     });
     QObject::connect(&signalWatcher, &SignalWatcher::signalReceived, &app, [&sim] {

@@ -53,10 +53,10 @@ bool SimSerialBridge::listen(int connector, quint16 port)
     end.server = new QTcpServer(this);
     if (!end.server->listen(m_sim->address(), port)) {
         m_errorString = tr("Cannot listen on TCP port %1 for the %2 connector: %3")
-                            .arg(port)
-                            .arg(connector == int(Connector::Dte) ? QStringLiteral("DTE")
-                                                                  : QStringLiteral("DCE"))
-                            .arg(end.server->errorString());
+                            .arg(QString::number(port),
+                                 connector == int(Connector::Dte) ? QStringLiteral("DTE")
+                                                                  : QStringLiteral("DCE"),
+                                 end.server->errorString());
         end.port = 0;
         return false;
     }

@@ -4,8 +4,7 @@
 
 #include "app/report.h"
 
-#include <QObject>
-#include <QStringList>
+#include <QtTest>
 
 class ReportCollector : public QObject
 {

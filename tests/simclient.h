@@ -4,12 +4,8 @@
 
 #include "sim/simtypes.h"
 
-#include <QByteArray>
-#include <QHash>
-#include <QNetworkDatagram>
-#include <QStringList>
-#include <QtEndian>
-#include <QUdpSocket>
+#include <QtNetwork>
+#include <QtTest>
 
 #include <optional>
 
@@ -44,6 +40,14 @@ inline QByteArray simStartImage(quint16 udpPort, quint16 tcpPort)
     qToBigEndian<quint16>(tcpPort, image.data() + 28);
     qToBigEndian<quint16>(udpPort, image.data() + 34);
     return image;
+}
+
+// A loopback UDP port nobody uses at the moment, for moving the emulator to.
+inline quint16 freeUdpPort()
+{
+    QUdpSocket probe;
+    probe.bind(QHostAddress::LocalHost, 0);
+    return probe.localPort();
 }
 
 // A bare UDP peer on 127.0.0.1.

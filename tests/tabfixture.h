@@ -9,11 +9,8 @@
 #include "sim/simthread.h"
 #include "wren/wrenagent.h"
 
-#include <QLineEdit>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QtEndian>
 #include <QtTest>
+#include <QtWidgets>
 
 // Accesses as the emulator recorded them, in a form QCOMPARE prints readably.
 inline QString readOf(quint32 address, int length = 64)

@@ -10,7 +10,7 @@
 #include "sim/simdataport.h"
 #include "tcp/tcpthread.h"
 
-#include <QTcpServer>
+#include <QtNetwork>
 #include <QtTest>
 
 constexpr int kTransferTimeoutMs = 20000;

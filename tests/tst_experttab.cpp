@@ -5,9 +5,8 @@
 #include "tabfixture.h"
 #include "ui/mainwindow.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QTabWidget>
+#include <QtTest>
+#include <QtWidgets>
 
 class TestExpertTab : public QObject
 {

@@ -3,13 +3,10 @@
 // the EEPROM copy, a UDP port change (answering the warning box), bad fields.
 #include "simclient.h"
 #include "tabfixture.h"
+#include "testtable.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QTimer>
-#include <QUdpSocket>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <memory>
 
@@ -22,16 +19,15 @@ std::shared_ptr<QString> answerNextBox(QObject *context, QMessageBox::StandardBu
     auto seen = std::make_shared<QString>();
     auto *poll = new QTimer(context);
     QObject::connect(poll, &QTimer::timeout, poll, [=] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        poll->stop();
-        *seen = QStringLiteral("%1 | %2 | icon %3, buttons %4, default %5")
-                    .arg(box->windowTitle(), box->text())
-                    .arg(box->icon())
-                    .arg(int(box->standardButtons()))
-                    .arg(box->standardButton(box->defaultButton()));
-        box->button(answer)->click();
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            poll->stop();
+            *seen = QStringLiteral("%1 | %2 | icon %3, buttons %4, default %5")
+                        .arg(box->windowTitle(), box->text())
+                        .arg(box->icon())
+                        .arg(int(box->standardButtons()))
+                        .arg(box->standardButton(box->defaultButton()));
+            box->button(answer)->click();
+        }
     });
     poll->start(10);
     return seen;
@@ -46,16 +42,187 @@ class TestGeneralTab : public QObject
 private slots:
     void init() { QVERIFY((f = std::make_unique<GeneralTabFixture>())->start()); }
     void cleanup() { f.reset(); }
-    void readTable_data();
-    void readTable();
-    void writeStepFails_data();
-    void writeStepFails();
-    void writeSequence_data();
-    void writeSequence();
-    void writeNewUdpPortAsksFirst_data();
-    void writeNewUdpPortAsksFirst();
-    void badFieldsSendNothing_data();
-    void badFieldsSendNothing();
+    void readTable_data()
+    {
+        // clang-format off
+        // faults "port 0": the request cannot be sent; error empty: the read succeeds
+        columns<bool, QString, QString>("eeprom", "faults", "error");
+        QTest::addRow("running copy") << false << "" << "";
+        QTest::addRow("EEPROM copy") << true << "" << "";
+        QTest::addRow("silent device") << false << "drop" << "Response to reading Mavix Setting is timeout";
+        QTest::addRow("bus error") << true << "bus-error" << "WREN Recv, Bus Error occured";
+        QTest::addRow("request not sent") << false << "port 0" << "Response to reading Mavix Setting is timeout (The request could not be sent: no target UDP port is set)";
+        // clang-format on
+    }
+    void readTable()
+    {
+        QFETCH(bool, eeprom);
+        QFETCH(QString, faults);
+        QFETCH(QString, error);
+        f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+        if (faults == u"port 0")
+            f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("0"));
+        else
+            f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
+
+        f->click("GenReadButton");
+
+        // The current target is what the target fields said, never a record nobody read.
+        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
+        if (!error.isEmpty()) {
+            QCOMPARE(f->reports.errors, QStringList{error});
+            QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
+            QCOMPARE(shownReport(), QString());
+            return;
+        }
+        QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
+        QCOMPARE(describe(f->accesses()), QStringList{readOf(eeprom ? MavixSetting::kEepromBase
+                                                                    : MavixSetting::kRunningBase)});
+        const QStringList lines = shownReport().split(u'\n');
+        QCOMPARE(lines.mid(0, 2),
+                 (QStringList{"MAC Address : 02:11:22:33:44:55 ",
+                              eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
+        QCOMPARE(lines.value(10), QStringLiteral("TCP Timeout(Disconnect) : 256000 msec"));
+        // Only the running copy is the device the tool talks to: its record becomes the target.
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed %1").arg(!eeprom));
+        QCOMPARE(MavixSetting::current().tcpCommandPort, quint16(eeprom ? 23 : 8023));
+        QCOMPARE(GeneralTab().accessTimeoutMs(), 10000); // unless a test shortens it
+    }
+    void writeStepFails_data()
+    {
+        // clang-format off
+        // faults "drop:N": no reply to the N-th access; nothing is tried after the failed step
+        columns<bool, QString, int, QString>("eeprom", "faults", "accesses", "error");
+        QTest::addRow("reading the image times out") << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
+        QTest::addRow("obtaining EEPROM permission times out") << true << "drop:2" << 2 << "Response to obtaining permisssion to write in EEPROM is timeout";
+        QTest::addRow("writing the image times out") << false << "drop:3" << 3 << "Response to writing Mavix Setting is timeout";
+        QTest::addRow("releasing EEPROM permission times out") << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
+        QTest::addRow("bus error on the permission byte") << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
+        // clang-format on
+    }
+    void writeStepFails()
+    {
+        QFETCH(bool, eeprom);
+        QFETCH(QString, faults);
+        QFETCH(int, accesses);
+        f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+        f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
+                          QString::number(f->simThread.udpPort()));
+        if (faults.startsWith(u"drop:"))
+            f->dropReplyTo(faults.mid(5).toInt());
+        else
+            f->sim()->setFaults(faultsFrom({faults}));
+
+        f->click("GenWriteButton");
+
+        QTEST(f->reports.errors.join(u'\n'), "error");
+        QCOMPARE(f->accesses().size(), accesses);
+        // The image is in place once the release is due.
+        QCOMPARE(f->outcome(),
+                 QStringLiteral("succeeded 0, failed 1, changed %1").arg(accesses / 5));
+        // A device that took its new address before answering is looked for there.
+        if (accesses == 3)
+            QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
+    }
+    void writeSequence_data()
+    {
+        // written: bytes 24..29 (IP address, TCP data port); target: where the device is looked for
+        columns<bool, QByteArray, QString>("eeprom", "written", "target");
+        QTest::addRow("running copy, new IP address")
+            << false << hex("7F0000020018") << "127.0.0.2";
+        // The device keeps running where it is until it restarts: the target stays.
+        QTest::addRow("EEPROM copy under permission") << true << hex("7F0000050400") << "127.0.0.1";
+    }
+    // The image is written in two pieces that leave out the MAC address; the EEPROM copy between
+    // obtaining and releasing the write permission.
+    void writeSequence()
+    {
+        QFETCH(bool, eeprom);
+        QFETCH(QByteArray, written);
+        QFETCH(QString, target);
+        f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
+        const quint32 base = eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
+        const QByteArray udpPort = eeprom ? hex("1388") : f->runningBefore.mid(34, 2);
+        f->setWriteFields(eeprom ? "127.0.0.5" : "127.0.0.2", eeprom ? "1024" : "24",
+                          QString::number(qFromBigEndian<quint16>(udpPort.data())));
+        const auto box = answerNextBox(&f->tab, QMessageBox::No);
+
+        f->click("GenWriteButton");
+
+        QCOMPARE(*box, QString()); // no box
+        QByteArray image = eeprom ? f->eepromBefore : f->runningBefore;
+        image.replace(24, 6, written).replace(34, 2, udpPort);
+        const QStringList pieces{writeOf(base, image.left(17)),
+                                 writeOf(base + 0x18, image.mid(24))};
+        const QString permission = writeOf(MavixSetting::kEepromPermission, hex("00"));
+        const QStringList expected =
+            eeprom ? QStringList{readOf(base), permission} + pieces +
+                         QStringList{writeOf(MavixSetting::kEepromPermission, hex("FF"))}
+                   : QStringList{readOf(base), readOf(base)} + pieces;
+        QCOMPARE(describe(f->accesses()), expected);
+        QCOMPARE(f->sim()->peek(base, 64), image);
+        QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
+        QCOMPARE(f->text("GenTargetIPAddressTextarea"), target);
+        QCOMPARE(MavixSetting::current().ipAddress, target);
+        QCOMPARE(f->agent.targetAddress(), QHostAddress(target));
+    }
+    void writeNewUdpPortAsksFirst_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::addRow("No writes nothing") << false;
+        QTest::addRow("Yes writes and follows the device") << true;
+    }
+    void writeNewUdpPortAsksFirst()
+    {
+        QFETCH(bool, yes);
+        const quint16 oldPort = f->simThread.udpPort();
+        const quint16 newPort = freeUdpPort();
+        f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"),
+                          QString::number(newPort));
+        const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
+
+        f->click("GenWriteButton");
+
+        QCOMPARE(*box,
+                 QStringLiteral("warning | It is recommended to enable EEPROM Access and rewrite "
+                                "UDP port. If you want to continue, please select yes as it is. "
+                                "| icon 2, buttons 81920, default 65536"));
+        QCOMPARE(f->reports.errors, QStringList());
+        if (!yes) {
+            QCOMPARE(describe(f->accesses()), QStringList(2, readOf(MavixSetting::kRunningBase)));
+            QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
+            QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(oldPort));
+            return;
+        }
+        QCOMPARE(f->accesses().size(), 4);
+        QTRY_COMPARE(f->simThread.udpPort(), newPort);
+        QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(newPort));
+        f->click("GenReadButton"); // reaches the device on its new port
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 2, failed 0, changed 2"));
+    }
+    void badFieldsSendNothing_data()
+    {
+        // group: the fields given the bad values
+        columns<QString, QStringList>("group", "accesses");
+        QTest::addRow("write fields: the image is read, nothing written")
+            << "GenWrite" << QStringList{readOf(MavixSetting::kRunningBase)};
+        QTest::addRow("target fields: nothing at all") << "GenTarget" << QStringList();
+    }
+    void badFieldsSendNothing()
+    {
+        QFETCH(QString, group);
+        f->child<QLineEdit>(qPrintable(group + "IPAddressTextarea"))->setText("256.1.1.1");
+        f->child<QLineEdit>(qPrintable(group + "UDPPortTextarea"))->setText("65536");
+
+        f->click("GenWriteButton");
+
+        QCOMPARE(f->reports.errors,
+                 (QStringList{"IP address is invalid", "UDP Port number must be 0 to 65535"}));
+        QTEST(describe(f->accesses()), "accesses");
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
+        QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
+    }
 
 private:
     [[nodiscard]] QString shownReport() const
@@ -64,209 +231,6 @@ private:
     }
     std::unique_ptr<GeneralTabFixture> f;
 };
-
-void TestGeneralTab::readTable_data()
-{
-    QTest::addColumn<bool>("eeprom");
-    QTest::addColumn<QString>("faults"); // "port 0": the request cannot be sent
-    QTest::addColumn<QString>("error");  // empty: the read succeeds
-    QTest::addRow("running copy") << false << ""
-                                  << "";
-    QTest::addRow("EEPROM copy") << true << ""
-                                 << "";
-    QTest::addRow("silent device") << false << "drop"
-                                   << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("bus error") << true << "bus-error"
-                               << "WREN Recv, Bus Error occured";
-    QTest::addRow("wrong VerType") << false << "wrong-vertype"
-                                   << "WREN Recv, VerType does is invalid";
-    QTest::addRow("request not sent") << false << "port 0"
-                                      << "Response to reading Mavix Setting is timeout (The "
-                                         "request could not be sent: no target UDP port is set)";
-}
-
-void TestGeneralTab::readTable()
-{
-    QFETCH(bool, eeprom);
-    QFETCH(QString, faults);
-    QFETCH(QString, error);
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
-    if (faults == u"port 0")
-        f->child<QLineEdit>("GenTargetUDPPortTextarea")->setText(QStringLiteral("0"));
-    else
-        f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
-
-    f->click("GenReadButton");
-
-    // The current target is what the target fields said, never a record nobody read.
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
-    if (!error.isEmpty()) {
-        QCOMPARE(f->reports.errors, QStringList{error});
-        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
-        QCOMPARE(shownReport(), QString());
-        return;
-    }
-    QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
-    QCOMPARE(describe(f->accesses()),
-             QStringList{readOf(eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase)});
-    const QStringList lines = shownReport().split(u'\n');
-    QCOMPARE(lines.mid(0, 2),
-             (QStringList{"MAC Address : 02:11:22:33:44:55 ",
-                          eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
-    QCOMPARE(lines.value(10), QStringLiteral("TCP Timeout(Disconnect) : 256000 msec"));
-    // Only the running copy is the device the tool talks to: its whole record becomes the target.
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed %1").arg(!eeprom));
-    QCOMPARE(MavixSetting::current().tcpCommandPort, quint16(eeprom ? 23 : 8023));
-    QCOMPARE(GeneralTab().accessTimeoutMs(), 10000); // unless a test shortens it
-}
-
-void TestGeneralTab::writeStepFails_data()
-{
-    QTest::addColumn<bool>("eeprom");
-    QTest::addColumn<QString>("faults"); // "drop:N": no reply to the N-th access
-    QTest::addColumn<int>("accesses");   // nothing is tried after the failed step
-    QTest::addColumn<QString>("error");
-    QTest::addRow("reading the image times out")
-        << false << "drop:1" << 1 << "Response to reading Mavix Setting is timeout";
-    QTest::addRow("obtaining EEPROM permission times out")
-        << true << "drop:2" << 2
-        << "Response to obtaining permisssion to write in EEPROM is timeout";
-    QTest::addRow("writing the image times out")
-        << false << "drop:3" << 3 << "Response to writing Mavix Setting is timeout";
-    QTest::addRow("releasing EEPROM permission times out")
-        << true << "drop:5" << 5 << "Response to permisssion release to write in EEPROM is timeout";
-    QTest::addRow("bus error on the permission byte")
-        << true << "range:FFFFFCFF-FFFFFCFF" << 2 << "WREN Recv, Bus Error occured";
-}
-
-void TestGeneralTab::writeStepFails()
-{
-    QFETCH(bool, eeprom);
-    QFETCH(QString, faults);
-    QFETCH(int, accesses);
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
-    f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
-                      QString::number(f->simThread.udpPort()));
-    if (faults.startsWith(u"drop:"))
-        f->dropReplyTo(faults.mid(5).toInt());
-    else
-        f->sim()->setFaults(faultsFrom({faults}));
-
-    f->click("GenWriteButton");
-
-    QTEST(f->reports.errors.join(u'\n'), "error");
-    QCOMPARE(f->accesses().size(), accesses);
-    // The image is in place once the release is due.
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed %1").arg(accesses / 5));
-    // A device that took its new address before answering is looked for there.
-    if (accesses == 3)
-        QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
-}
-
-void TestGeneralTab::writeSequence_data()
-{
-    QTest::addColumn<bool>("eeprom");
-    QTest::addColumn<QByteArray>("written"); // bytes 24..29: IP address and TCP data port
-    QTest::addColumn<QString>("target");     // where the tool looks for the device afterwards
-    QTest::addRow("running copy, new IP address") << false << hex("7F0000020018") << "127.0.0.2";
-    // The device keeps running where it is until it restarts: the target stays.
-    QTest::addRow("EEPROM copy under permission") << true << hex("7F0000050400") << "127.0.0.1";
-}
-
-// The image is written in two pieces that leave out the MAC address; the EEPROM copy between
-// obtaining and releasing the write permission.
-void TestGeneralTab::writeSequence()
-{
-    QFETCH(bool, eeprom);
-    QFETCH(QByteArray, written);
-    QFETCH(QString, target);
-    f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
-    const quint32 base = eeprom ? MavixSetting::kEepromBase : MavixSetting::kRunningBase;
-    const QByteArray udpPort = eeprom ? hex("1388") : f->runningBefore.mid(34, 2);
-    f->setWriteFields(eeprom ? "127.0.0.5" : "127.0.0.2", eeprom ? "1024" : "24",
-                      QString::number(qFromBigEndian<quint16>(udpPort.data())));
-    const auto box = answerNextBox(&f->tab, QMessageBox::No);
-
-    f->click("GenWriteButton");
-
-    QCOMPARE(*box, QString()); // no box
-    QByteArray image = eeprom ? f->eepromBefore : f->runningBefore;
-    image.replace(24, 6, written).replace(34, 2, udpPort);
-    const QStringList pieces{writeOf(base, image.left(17)), writeOf(base + 0x18, image.mid(24))};
-    const QString permission = writeOf(MavixSetting::kEepromPermission, hex("00"));
-    const QStringList expected =
-        eeprom ? QStringList{readOf(base), permission} + pieces +
-                     QStringList{writeOf(MavixSetting::kEepromPermission, hex("FF"))}
-               : QStringList{readOf(base), readOf(base)} + pieces;
-    QCOMPARE(describe(f->accesses()), expected);
-    QCOMPARE(f->sim()->peek(base, 64), image);
-    QCOMPARE(f->reports.results, QStringList{"Writing Mavix setting is successed"});
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0, changed 1"));
-    QCOMPARE(f->text("GenTargetIPAddressTextarea"), target);
-    QCOMPARE(MavixSetting::current().ipAddress, target);
-    QCOMPARE(f->agent.targetAddress(), QHostAddress(target));
-}
-
-void TestGeneralTab::writeNewUdpPortAsksFirst_data()
-{
-    QTest::addColumn<bool>("yes");
-    QTest::addRow("No writes nothing") << false;
-    QTest::addRow("Yes writes and follows the device") << true;
-}
-
-void TestGeneralTab::writeNewUdpPortAsksFirst()
-{
-    QFETCH(bool, yes);
-    const quint16 oldPort = f->simThread.udpPort();
-    QUdpSocket probe; // a port nobody uses at the moment, for moving the emulator to
-    QVERIFY(probe.bind(QHostAddress(QHostAddress::LocalHost), 0));
-    const quint16 newPort = probe.localPort();
-    probe.close();
-    f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"), QString::number(newPort));
-    const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
-
-    f->click("GenWriteButton");
-
-    QCOMPARE(*box, QStringLiteral("warning | It is recommended to enable EEPROM Access and rewrite "
-                                  "UDP port. If you want to continue, please select yes as it is. "
-                                  "| icon 2, buttons 81920, default 65536"));
-    QCOMPARE(f->reports.errors, QStringList());
-    if (!yes) {
-        QCOMPARE(describe(f->accesses()), QStringList(2, readOf(MavixSetting::kRunningBase)));
-        QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
-        QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(oldPort));
-        return;
-    }
-    QCOMPARE(f->accesses().size(), 4);
-    QTRY_COMPARE(f->simThread.udpPort(), newPort);
-    QCOMPARE(f->text("GenTargetUDPPortTextarea"), QString::number(newPort));
-    f->click("GenReadButton"); // reaches the device on its new port
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 2, failed 0, changed 2"));
-}
-
-void TestGeneralTab::badFieldsSendNothing_data()
-{
-    QTest::addColumn<QString>("group"); // the fields given the bad values
-    QTest::addColumn<QStringList>("accesses");
-    QTest::addRow("write fields: the image is read, nothing written")
-        << "GenWrite" << QStringList{readOf(MavixSetting::kRunningBase)};
-    QTest::addRow("target fields: nothing at all") << "GenTarget" << QStringList();
-}
-
-void TestGeneralTab::badFieldsSendNothing()
-{
-    QFETCH(QString, group);
-    f->child<QLineEdit>(qPrintable(group + "IPAddressTextarea"))->setText("256.1.1.1");
-    f->child<QLineEdit>(qPrintable(group + "UDPPortTextarea"))->setText("65536");
-
-    f->click("GenWriteButton");
-
-    QCOMPARE(f->reports.errors,
-             (QStringList{"IP address is invalid", "UDP Port number must be 0 to 65535"}));
-    QTEST(describe(f->accesses()), "accesses");
-    QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 0, changed 0"));
-    QCOMPARE(f->sim()->peek(MavixSetting::kRunningBase, 64), f->runningBefore);
-}
 
 QTEST_MAIN(TestGeneralTab)
 #include "tst_generaltab.moc"

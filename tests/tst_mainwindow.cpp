@@ -1,17 +1,39 @@
-// The main window as a user meets it, built the way the program builds it. The target is always a
-// loopback address: nothing here presses Read or Write.
+// The main window as a user meets it, built the way the program builds it, with its eye and its
+// About dialog. The target is always a loopback address: nothing here presses Read or Write.
 #include "app/appcontext.h"
+#include "app/appmodel.h"
 #include "app/report.h"
 #include "settings/mavixsetting.h"
+#include "sim/simdataport.h"
+#include "tcp/tcpthread.h"
+#include "testtable.h"
+#include "ui/aboutdialog.h"
 #include "ui/logoview.h"
 #include "ui/mainwindow.h"
 
-#include <QLineEdit>
-#include <QRegularExpression>
-#include <QScrollBar>
-#include <QTabWidget>
-#include <QTest>
-#include <QTextEdit>
+#include <QtTest>
+#include <QtWidgets>
+
+namespace {
+
+// Plays steps on the view: "start", "close" and "open" call its slots, a number moves the blink
+// on by that many ticks.
+void play(LogoView &view, const QString &steps)
+{
+    for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (step == u"start")
+            view.StartAnimation();
+        else if (step == u"close")
+            view.CloseEye();
+        else if (step == u"open")
+            view.OpenEye();
+        else
+            for (int tick = step.toInt(); tick > 0; --tick)
+                view.forwardAnimation();
+    }
+}
+
+} // namespace
 
 class tst_MainWindow : public QObject
 {
@@ -19,15 +41,177 @@ class tst_MainWindow : public QObject
 
 private slots:
     void init() { build(QStringLiteral("127.0.0.1:4660:24")); }
-    void cleanup() { m_context.reset(); }
-    void messageArea_data();
-    void messageArea();
-    void newestEntryIsScrolledIntoView();
-    void presetTarget_data();
-    void presetTarget();
-    void tabChangeReappliesTarget();
-    void hiddenShortcutStartsBlink();
-    void logoFollowsWindowHeight();
+    void cleanup()
+    {
+        m_context.reset();
+        if (!QFile::remove(m_versionPath))
+            QDir().rmdir(m_versionPath);
+    }
+    // Text from the command line or a device is shown as typed: markup stays visible text.
+    void messageArea_data()
+    {
+        columns<bool, QString, QString>("error", "text", "colour");
+        const auto row = [](const char *name, bool error, const char *text, const char *colour) {
+            QTest::addRow("%s", name) << error << QString(text) << QString(colour);
+        };
+        row("result in blue", false, "UDP read successed", "#0000c0");
+        row("error in red with prefix", true, "UDP read is timeout", "#ff0000");
+        row("markup kept as text", false, "<b>bold</b> & <img src=x>", "#0000c0");
+        row("error markup kept as text", true, "-target:<i>x</i> is ignored", "#ff0000");
+    }
+    void messageArea()
+    {
+        QFETCH(bool, error);
+        QFETCH(QString, text);
+        QFETCH(QString, colour);
+        error ? reportError(text) : reportResult(text);
+        const QString shown = (error ? " | Error:" : " | ") + text;
+        const QString plain = area()->toPlainText();
+        static const QRegularExpression stamp(
+            QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)"));
+        const QRegularExpressionMatch match = stamp.match(plain);
+        QVERIFY2(match.hasMatch() && plain.mid(match.capturedLength()) == shown, qPrintable(plain));
+        QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
+    }
+    void newestEntryIsScrolledIntoView()
+    {
+        window()->show();
+        for (int i = 0; i < 100; ++i)
+            reportResult(QStringLiteral("entry %1").arg(i));
+        QScrollBar *bar = area()->verticalScrollBar();
+        QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+    }
+    void presetTarget_data()
+    {
+        // fields: IP, UDP and TCP fields afterwards
+        columns<QString, QString, bool>("preset", "fields", "reported");
+        const auto row = [](const char *name, const char *preset, const char *fields) {
+            const bool bad = !fields;
+            QTest::addRow("%s", name)
+                << QString(preset) << QString(bad ? "192.168.10.16 4660 24" : fields) << bad;
+        };
+        row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
+        row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
+        row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
+        row("empty UDP part", "127.0.0.1::6000", "127.0.0.1 4660 6000");
+        row("bad host", "300.0.0.1:5000", nullptr);
+        row("leading zeros", "127.000.0.1", nullptr);
+        row("bad port", "127.0.0.1:70000", nullptr);
+    }
+    void presetTarget()
+    {
+        QFETCH(QString, preset);
+        QFETCH(bool, reported);
+        build(preset);
+        QTEST(QStringList({field("GenTargetIPAddressTextarea"), field("GenTargetUDPPortTextarea"),
+                           field("GenTargetTCPPortTextarea")})
+                  .join(u' '),
+              "fields");
+        QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
+    }
+    void tabChangeReappliesTarget()
+    {
+        auto *tabs = window()->findChild<QTabWidget *>("modeTab");
+        auto *ip = window()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
+        ip->setText(QStringLiteral("127.0.0.9"));
+        tabs->setCurrentIndex(1);
+        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+        ip->setText(QStringLiteral("not an address"));
+        tabs->setCurrentIndex(2);
+        tabs->setCurrentIndex(0);
+        QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
+        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+    }
+    // The eye follows the window's height; a hidden shortcut makes it blink.
+    void logoFollowsWindowHeightAndShortcut()
+    {
+        auto *logo = window()->findChild<LogoView *>("graphicsView");
+        window()->show();
+        QVERIFY(QTest::qWaitForWindowActive(window()));
+        QTRY_COMPARE(logo->size(), QSize(72, 72));
+        window()->resize(1000, 990);
+        QTRY_COMPARE(logo->size(), QSize(108, 108));
+        window()->resize(1000, 2000);
+        QTRY_COMPARE(logo->size(), QSize(144, 144));
+        logo->OpenEye();
+        QTest::keySequence(
+            window(), QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
+        QCOMPARE(logo->mode(), LogoView::ModeBlinking);
+    }
+    // Closing while a send to a device that takes nothing runs ends the program at once.
+    void closingMidTransferEndsAtOnce()
+    {
+        QCOMPARE(AppContext::kSocketCloseWaitMs, 10000); // the most closing may wait for the socket
+        QTemporaryDir dir;
+        SimDataPort port;
+        port.setStuck(true);
+        QVERIFY(port.start(QHostAddress::LocalHost, 0) != 0);
+        QFile file(dir.filePath("data.bin"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
+        build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
+        AppModel::currentSendOption()->setFileName(file.fileName());
+        m_context->worker()->beginSendThread();
+        QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
+        QElapsedTimer closing;
+        closing.start();
+        m_context.reset();
+        QVERIFY2(closing.elapsed() < 3000, QByteArray::number(closing.elapsed()));
+    }
+    // Mode, picture, and the blink timer's interval while it runs (0: stopped).
+    void states_data()
+    {
+        columns<QString, QString>("steps", "state");
+        // "steps: mode picture interval"
+        for (const char *row :
+             {": 0 openEye 0", "start: 2 openEye 100", "start 3: 2 openEye 100",
+              "start 4: 2 halfEye 100", "start 5: 2 closeEye 100", "start 6: 2 closeEye 100",
+              "start 7: 2 upEye 100", "start 10: 2 upEye 100", "start 11: 2 openEye 100",
+              "start 12: 0 openEye 0", "close: 1 closeEye 0", "close start: 2 openEye 100",
+              "start 8 close: 1 closeEye 0", "start 9 start 4: 2 halfEye 100"})
+            QTest::addRow("%s", row)
+                << QString(row).section(": ", 0, 0) << QString(row).section(": ", 1);
+    }
+    void states()
+    {
+        QFETCH(QString, steps);
+        LogoView view;
+        play(view, steps);
+        const QTimer *timer = view.findChild<QTimer *>();
+        QTEST(QStringLiteral("%1 %2 %3")
+                  .arg(int(view.mode()))
+                  .arg(view.chosenImageName())
+                  .arg(timer->isActive() ? timer->interval() : 0),
+              "state");
+    }
+    // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
+    void productText_data()
+    {
+        columns<QByteArray, QString>("content", "version");
+        QTest::addRow("no file") << QByteArray("missing") << "";
+        QTest::addRow("folder") << QByteArray("folder") << "";
+        QTest::addRow("name blank version")
+            << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
+        QTest::addRow("upper-case name glued") << QByteArray("MAVIX UTILITY2.0") << "2.0";
+        QTest::addRow("trimmed") << QByteArray("  \tMavix Utility   3.4 beta \t\r\n") << "3.4 beta";
+        QTest::addRow("another name kept") << QByteArray("Mavix Tool 1.0\n") << "Mavix Tool 1.0";
+    }
+    // Each row writes the file anew and opens a new dialog: the file is read at each opening.
+    void productText()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, version);
+        QFile file(m_versionPath);
+        if (content == "folder")
+            QVERIFY(QDir().mkdir(m_versionPath));
+        else if (content != "missing")
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        const QString name = "<p><span style=\"font-size: 20px\">Mavix Utility";
+        QCOMPARE(AboutDialog().findChild<QLabel *>("software_name_vesion")->text(),
+                 version.isEmpty()
+                     ? name + "</span></p>"
+                     : name + " </span><span style=\"font-size: 13px\">" + version + "</span></p>");
+    }
 
 private:
     MainWindow *window() const { return m_context->mainWindow(); }
@@ -42,121 +226,9 @@ private:
         m_context = std::make_unique<AppContext>(false, false, 0, true, nullptr, presetTarget);
     }
     std::unique_ptr<AppContext> m_context;
+    // The About dialog reads version.txt beside the program; the test has a folder of its own.
+    const QString m_versionPath = QCoreApplication::applicationDirPath() + "/version.txt";
 };
-
-// Text from the command line or a device is shown as typed: markup stays visible text.
-void tst_MainWindow::messageArea_data()
-{
-    QTest::addColumn<bool>("error");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("colour");
-    QTest::addRow("result in blue") << false << "UDP read successed"
-                                    << " | UDP read successed"
-                                    << "#0000c0";
-    QTest::addRow("error in red with prefix") << true << "UDP read is timeout"
-                                              << " | Error:UDP read is timeout"
-                                              << "#ff0000";
-    QTest::addRow("markup kept as text") << false << "<b>bold</b> & <img src=x>"
-                                         << " | <b>bold</b> & <img src=x>"
-                                         << "#0000c0";
-    QTest::addRow("error markup kept as text") << true << "-target:<i>x</i> is ignored"
-                                               << " | Error:-target:<i>x</i> is ignored"
-                                               << "#ff0000";
-}
-
-void tst_MainWindow::messageArea()
-{
-    QFETCH(bool, error);
-    QFETCH(QString, text);
-    QFETCH(QString, shown);
-    QFETCH(QString, colour);
-    error ? reportError(text) : reportResult(text);
-    const QString plain = area()->toPlainText();
-    const QRegularExpression entry(QStringLiteral(R"(^\n\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)") +
-                                   QRegularExpression::escape(shown) + QLatin1Char('$'));
-    QVERIFY2(entry.match(plain).hasMatch(), qPrintable(plain));
-    QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
-}
-
-void tst_MainWindow::newestEntryIsScrolledIntoView()
-{
-    window()->show();
-    for (int i = 0; i < 100; ++i)
-        reportResult(QStringLiteral("entry %1").arg(i));
-    QScrollBar *bar = area()->verticalScrollBar();
-    QVERIFY(bar->maximum() > 0);
-    QCOMPARE(bar->value(), bar->maximum());
-}
-
-void tst_MainWindow::presetTarget_data()
-{
-    QTest::addColumn<QString>("preset");
-    QTest::addColumn<QString>("fields"); // IP, UDP and TCP fields afterwards
-    QTest::addColumn<bool>("reported");
-    QTest::addRow("all parts") << "127.0.0.2:5000:6000"
-                               << "127.0.0.2 5000 6000" << false;
-    QTest::addRow("host only keeps the ports") << "127.0.0.3"
-                                               << "127.0.0.3 4660 24" << false;
-    QTest::addRow("IPv6 loopback") << "[::1]:5000"
-                                   << "::1 5000 24" << false;
-    QTest::addRow("bad host") << "300.0.0.1:5000"
-                              << "192.168.10.16 4660 24" << true;
-    QTest::addRow("leading zeros") << "127.000.0.1"
-                                   << "192.168.10.16 4660 24" << true;
-    QTest::addRow("one number") << "0"
-                                << "192.168.10.16 4660 24" << true;
-    QTest::addRow("bad port") << "127.0.0.1:70000"
-                              << "192.168.10.16 4660 24" << true;
-}
-
-void tst_MainWindow::presetTarget()
-{
-    QFETCH(QString, preset);
-    QFETCH(bool, reported);
-    build(preset);
-    QTEST(QStringList({field("GenTargetIPAddressTextarea"), field("GenTargetUDPPortTextarea"),
-                       field("GenTargetTCPPortTextarea")})
-              .join(u' '),
-          "fields");
-    QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
-}
-
-void tst_MainWindow::tabChangeReappliesTarget()
-{
-    auto *tabs = window()->findChild<QTabWidget *>("modeTab");
-    auto *ip = window()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
-    ip->setText(QStringLiteral("127.0.0.9"));
-    tabs->setCurrentIndex(1);
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
-    ip->setText(QStringLiteral("not an address"));
-    tabs->setCurrentIndex(2);
-    tabs->setCurrentIndex(0);
-    QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
-    QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
-}
-
-void tst_MainWindow::hiddenShortcutStartsBlink()
-{
-    window()->show();
-    QVERIFY(QTest::qWaitForWindowActive(window()));
-    auto *logo = window()->findChild<LogoView *>("graphicsView");
-    logo->OpenEye();
-    QTest::keySequence(window(),
-                       QKeySequence(QStringLiteral("Ctrl+Shift+A, Ctrl+Shift+N, Ctrl+Shift+I")));
-    QCOMPARE(logo->mode(), LogoView::ModeBlinking);
-}
-
-void tst_MainWindow::logoFollowsWindowHeight()
-{
-    auto *logo = window()->findChild<LogoView *>("graphicsView");
-    window()->show();
-    QTRY_COMPARE(logo->size(), QSize(72, 72));
-    window()->resize(1000, 990);
-    QTRY_COMPARE(logo->size(), QSize(108, 108));
-    window()->resize(1000, 2000);
-    QTRY_COMPARE(logo->size(), QSize(144, 144));
-}
 
 QTEST_MAIN(tst_MainWindow)
 #include "tst_mainwindow.moc"

@@ -1,7 +1,8 @@
 // The transfer worker on its own thread against the emulator's data port on loopback.
 #include "tcpfixture.h"
+#include "testtable.h"
 
-#include <QProcess>
+#include <QtTest>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -11,19 +12,212 @@ class TestTcpThread : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+    void init()
+    {
+        m_rig.start();
+        m_rig.model->recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
+        m_rig.model->sendOption()->setShowData(false);
+        m_events.clear(), m_runReports.clear(), m_lastSent = -1, m_drainDisplay = true,
+                                                m_display = {};
+        TCPThread *worker = m_rig.worker;
+        auto event = [this](const char *kind, int value) {
+            m_events += kind + (value < 0 ? QByteArray() : QByteArray::number(value)) + ' ';
+        };
+        connect(worker, &TCPThread::sendStatusChanged, this,
+                [=](THREAD_STATUS, THREAD_STATUS status) { event("s", status); });
+        connect(worker, &TCPThread::recvStatusChanged, this,
+                [=](THREAD_STATUS, THREAD_STATUS status) { event("r", status); });
+        connect(worker, &TCPThread::errorOccured, this, [=](TCPTHREAD_ERROR e) { event("e", e); });
+        connect(worker, &TCPThread::writeFinished, this, [=] { event("w", -1); });
+        connect(worker, &TCPThread::sendProgress, this, [this](qint64 sent) { m_lastSent = sent; });
+        for (auto reported : {&TCPThread::recvReported, &TCPThread::sendReported})
+            connect(worker, reported, this, [this](const QString &text) { m_runReports << text; });
+        connect(worker, &TCPThread::recvStringAdded, this, [this] {
+            if (m_drainDisplay)
+                m_display += m_rig.worker->takeRecvData(TCPThread::kRecvTextLimitBytes);
+        });
+    }
     void cleanup() { m_rig.stop(); }
-    void sendsFile_data();
-    void sendsFile();
-    void stuckDeviceTimesOutOnce();
-    void receives_data();
-    void receives();
-    void receiveIntoFullDiskStopsWithIntactPrefix();
-    void refusesWhatTheStatusForbids_data();
-    void refusesWhatTheStatusForbids();
+    // The device gets the file's bytes (hex text converted); the display shows up to 64 KiB.
+    void sendsFile_data()
+    {
+        // clang-format off
+        // shownFormat empty: Show Data off; shown: the first line shown and the bytes covered
+        columns<QByteArray, bool, QString, QByteArray, QString>("file", "hexFile", "shownFormat", "bytes", "shown");
+        const QByteArray large(3 * 1024 * 1024 + 1, '\x5a');
+        QTest::addRow("3 MiB and a byte") << large << false << "" << large << " 0";
+        QTest::addRow("empty file") << QByteArray() << false << "" << QByteArray() << " 0";
+        QTest::addRow("shown up to 64 KiB") << large << false << "2-2" << large << "5A5A-5A5A 65536";
+        QTest::addRow("shown with a non-ASCII separator") << QByteArray("zH!") << false << "1\u00b71" << QByteArray("zH!") << "7A\u00b748 3";
+        QTest::addRow("hex text: CR LF lines, mixed case, separators") << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
+        QTest::addRow("hex text: junk and a lone nibble") << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
+        // clang-format on
+    }
+    void sendsFile()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, shownFormat);
+        QFETCH(QByteArray, bytes);
+        m_rig.model->setSendFileName(m_rig.file("send.bin", file));
+        m_rig.port->setSinkFile(m_rig.dir.filePath("sink.bin"));
+        m_rig.model->setSendUseHexFile(cell<bool>("hexFile"));
+        m_rig.model->sendOption()->setShowData(!shownFormat.isEmpty());
+        QVERIFY(shownFormat.isEmpty() || m_rig.model->setSendFormat(shownFormat));
+        QString shown;
+        qint64 shownBytes = 0;
+        QObject scope; // ends the connection with this function
+        connect(m_rig.worker, &TCPThread::sendStringAdded, &scope,
+                [text = &shown, bytes = &shownBytes](const QString &piece, bool, qint64, qint64 n) {
+                    *text += piece, *bytes += n;
+                });
+        m_rig.worker->beginSendThread();
+        QVERIFY(waitForStop('s'));
+        QCOMPARE(m_events, "s1 s2 w s3 s0 ");
+        QCOMPARE(m_lastSent, file.size()); // counted in file bytes
+        QVERIFY(m_rig.port->waitForConnectionsDone(1, kTransferTimeoutMs));
+        QVERIFY(readFile(m_rig.dir.filePath("sink.bin")) == bytes);
+        QTEST(shown.section('\n', 0, 0) + ' ' + QString::number(shownBytes), "shown");
+        QCOMPARE(m_runReports, QStringList{"Sending " + m_rig.dir.filePath("send.bin")});
+        QCOMPARE(m_rig.logCount("reserve to close socket [after 1000msec]"), 1);
+    }
+    // The write time-out, injected short, ends the run once.
+    void stuckDeviceTimesOutOnce()
+    {
+        m_rig.worker->setTimeouts(TCPThread::kConnectTimeoutMs, 300,
+                                  TCPThread::kDisconnectTimeoutMs);
+        QElapsedTimer timer;
+        timer.start();
+        beginStuckSend();
+        QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("e1"), kTransferTimeoutMs);
+        QVERIFY(timer.elapsed() >= 300 && timer.elapsed() < 5000);
+        QTRY_COMPARE(m_rig.reports->errors, QStringList{"TCP write is timeout"});
+        QVERIFY(m_runReports.contains("TCP write is timeout"));
+        m_rig.port->setStuck(false); // lets the close finish
+        QVERIFY(waitForStop('s'));
+        QCOMPARE(m_events, "s1 s2 e1 s3 s0 ");
+        QCOMPARE(m_rig.logCount("TCP write is timeout"), 1);
+    }
+    // A finite stream ends with the device closing; a paced one kept open, or an echo, with a stop.
+    void receives_data()
+    {
+        // clang-format off
+        columns<QString, qint64, QString, int, QByteArray, QString>("peer", "size", "file", "displayMode", "display", "result");
+        const QString closed = "The device closed the connection. ", none;
+        QTest::addRow("raw file, 3 MiB and a bit") << "source" << qint64(3145851) << "r" << 0 << QByteArray() << closed + "3145851 bytes were saved to %1.";
+        QTest::addRow("display keeps the newest 4095 bytes") << "source" << qint64(10000) << none << 1 << QByteArray("\n[5905 bytes skipped]\n") << closed + "Nothing was saved (Save To is empty).";
+        QTest::addRow("a file at 1 MB/s, kept open") << "paced" << qint64(300000) << "r" << 0 << QByteArray() << none;
+        QTest::addRow("bytes waiting at start") << "echo" << qint64(5) << "r" << 1 << QByteArray("hello") << none;
+        // clang-format on
+    }
+    void receives()
+    {
+        QFETCH(QString, peer);
+        QFETCH(qint64, size);
+        QFETCH(QByteArray, display);
+        QFETCH(QString, result);
+        const QString path = cell<QString>("file").isEmpty() ? "" : m_rig.dir.filePath("r.bin");
+        m_rig.model->setRecvFileName(path);
+        m_rig.model->recvOption()->setDisplayMode(cell<int>("displayMode"));
+        m_drainDisplay = result.isEmpty(); // else the display is left to fill up
+        m_rig.port->setMode(peer == "echo" ? SimDataPort::Mode::Echo : SimDataPort::Mode::Source);
+        m_rig.port->setSourceBytes(size);
+        QByteArray sent = peer == "echo" ? "hello" : SimDataPort::pattern(0, size);
+        if (peer == "paced") {
+            m_rig.port->setSourceFile(m_rig.file("source.bin", sent = QByteArray(size, 'p')));
+            m_rig.port->setSourceRate(1000000);
+            m_rig.port->setKeepOpen(true);
+        } else if (peer == "echo") {
+            m_rig.model->setSendFileName(m_rig.file("hello.txt", "hello"));
+            m_rig.worker->beginSendThread();
+            QTRY_VERIFY(m_events.contains("w "));
+            QTest::qWait(200); // the echo reaches the socket unannounced
+        }
+        QElapsedTimer timer;
+        timer.start();
+        m_rig.worker->beginRecvThread();
+        if (result.isEmpty()) {
+            QTRY_COMPARE(readFile(path).size(), size); // written out within a second
+            m_rig.worker->stopReceiving();
+        }
+        QVERIFY(waitForStop('r'));
+        m_display += m_rig.worker->takeRecvData(-1);
+        QVERIFY(m_events.contains("r1 r2 ") && !m_events.contains('e')); // and it ended with r0
+        QVERIFY(m_rig.reports->errors.isEmpty());
+        QTRY_COMPARE(m_rig.reports->results.join(""),
+                     result.contains("%1") ? result.arg(path) : result);
+        QVERIFY(path.isEmpty() || readFile(path) == sent);
+        QVERIFY(peer != "paced" || timer.elapsed() >= 280);
+        if (size == 10000)
+            display += sent.right(4095); // the stream's tail, as the device sent it
+        QCOMPARE(m_display, display);
+    }
+    // Runs in a child process whose files may not grow beyond 1000000 bytes, as on a full disk.
+    void receiveIntoFullDiskStopsWithIntactPrefix()
+    {
+        if (qEnvironmentVariableIsEmpty("MAVIX_FILE_SIZE_LIMITED")) {
+            QProcess child;
+            qputenv("MAVIX_FILE_SIZE_LIMITED", "1"); // for the child only
+            child.setProcessChannelMode(QProcess::MergedChannels);
+            child.setChildProcessModifier([] {
+                const rlimit limit{1000000, 1000000};
+                setrlimit(RLIMIT_FSIZE, &limit);
+                std::signal(SIGXFSZ, SIG_IGN); // the write fails with EFBIG instead
+            });
+            child.start(QCoreApplication::applicationFilePath(), {QTest::currentTestFunction()});
+            qunsetenv("MAVIX_FILE_SIZE_LIMITED");
+            QVERIFY(child.waitForFinished(kTransferTimeoutMs));
+            QVERIFY2(child.exitCode() == 0, child.readAll().constData());
+            return;
+        }
+        const QString path = m_rig.dir.filePath("full.bin");
+        m_rig.model->setRecvFileName(path);
+        m_rig.port->setMode(SimDataPort::Mode::Source);
+        m_rig.worker->beginRecvThread(); // an endless stream
+        QVERIFY(waitForStop('r'));
+        const QString reason =
+            QStringLiteral("Receive file cannot be written: %1 (File too large). "
+                           "1000000 bytes were saved to %1.")
+                .arg(path);
+        QTRY_COMPARE(m_rig.reports->errors, QStringList{reason});
+        QCOMPARE(m_runReports, (QStringList{"Saving to " + path, reason}));
+        QCOMPARE(m_events, "r1 r2 e2 r0 ");
+        QVERIFY(readFile(path) == SimDataPort::pattern(0, 1000000));
+        QCOMPARE(m_rig.logCount("recv file write failed"), 1);
+    }
+    // Each request is refused with a warning and changes nothing; `running`: a stuck send runs.
+    void refusesWhatTheStatusForbids_data()
+    {
+        // clang-format off
+        columns<bool, QString, QString>("running", "request", "warning");
+        const QString close = "closeSocket";
+        QTest::addRow("begin twice") << true << QString("beginSendThread") << "Invalid send status: TS_RUN";
+        QTest::addRow("close while sending") << true << close << "tcp send is running. so cancel to close socket: send[TS_RUN] recv[TS_STOP]";
+        QTest::addRow("close without a socket") << false << close << "already socket closed";
+        // clang-format on
+    }
+    void refusesWhatTheStatusForbids()
+    {
+        QFETCH(bool, running);
+        if (running)
+            beginStuckSend();
+        QMetaObject::invokeMethod(m_rig.worker, cell<QString>("request").toLatin1().constData());
+        m_rig.port->setStuck(false); // the send loop takes queued requests between batches
+        QTRY_COMPARE(m_rig.logCount("[ WRN] " + cell<QString>("warning").toUtf8()), 1);
+        QCOMPARE(m_rig.worker->sendStatus(), running ? TS_RUN : TS_STOP);
+        QCOMPARE(m_rig.logCount("[ WRN]"), 1);
+    }
 
 private:
-    void beginStuckSend();
+    // A 64 MiB send that the stuck device holds in the worker's write wait.
+    void beginStuckSend()
+    {
+        QFile file(m_rig.dir.filePath("large.bin"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
+        m_rig.model->setSendFileName(file.fileName());
+        m_rig.port->setStuck(true);
+        m_rig.worker->beginSendThread();
+        QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("s2 "), kTransferTimeoutMs);
+    }
     // Waits for the direction ('s' or 'r') to reach TS_STOP.
     bool waitForStop(char direction)
     {
@@ -38,232 +232,6 @@ private:
     bool m_drainDisplay = true;
     QByteArray m_display;
 };
-
-void TestTcpThread::init()
-{
-    m_rig.start();
-    m_rig.model->recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
-    m_rig.model->sendOption()->setShowData(false);
-    m_events.clear(), m_runReports.clear(), m_lastSent = -1, m_drainDisplay = true, m_display = {};
-    TCPThread *worker = m_rig.worker;
-    auto event = [this](const char *kind, int value) {
-        m_events += kind + (value < 0 ? QByteArray() : QByteArray::number(value)) + ' ';
-    };
-    connect(worker, &TCPThread::sendStatusChanged, this,
-            [=](THREAD_STATUS, THREAD_STATUS status) { event("s", status); });
-    connect(worker, &TCPThread::recvStatusChanged, this,
-            [=](THREAD_STATUS, THREAD_STATUS status) { event("r", status); });
-    connect(worker, &TCPThread::errorOccured, this, [=](TCPTHREAD_ERROR e) { event("e", e); });
-    connect(worker, &TCPThread::writeFinished, this, [=] { event("w", -1); });
-    connect(worker, &TCPThread::sendProgress, this, [this](qint64 sent) { m_lastSent = sent; });
-    for (auto reported : {&TCPThread::recvReported, &TCPThread::sendReported})
-        connect(worker, reported, this, [this](const QString &text) { m_runReports << text; });
-    connect(worker, &TCPThread::recvStringAdded, this, [this] {
-        if (m_drainDisplay)
-            m_display += m_rig.worker->takeRecvData(TCPThread::kRecvTextLimitBytes);
-    });
-}
-
-// A 64 MiB send that the stuck device holds in the worker's write wait.
-void TestTcpThread::beginStuckSend()
-{
-    QFile file(m_rig.dir.filePath("large.bin"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
-    m_rig.model->setSendFileName(file.fileName());
-    m_rig.port->setStuck(true);
-    m_rig.worker->beginSendThread();
-    QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("s2 "), kTransferTimeoutMs);
-}
-
-// The device gets the file's bytes (hex text converted); the display shows up to 64 KiB.
-void TestTcpThread::sendsFile_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<bool>("hexFile");
-    QTest::addColumn<QString>("shownFormat"); // empty: Show Data off
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("shown"); // the first line shown and the bytes it covered in all
-    const QByteArray large(3 * 1024 * 1024 + 1, '\x5a');
-    QTest::addRow("3 MiB and a byte") << large << false << "" << large << " 0";
-    QTest::addRow("empty file") << QByteArray() << false << "" << QByteArray() << " 0";
-    QTest::addRow("shown up to 64 KiB") << large << false << "2-2" << large << "5A5A-5A5A 65536";
-    QTest::addRow("shown with a non-ASCII separator")
-        << QByteArray("zH!") << false << "1\u00b71" << QByteArray("zH!") << "7A\u00b748 3";
-    QTest::addRow("hex text: CR LF lines, mixed case, separators")
-        << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
-    QTest::addRow("hex text: junk and a lone nibble")
-        << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
-}
-
-void TestTcpThread::sendsFile()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(QString, shownFormat);
-    QFETCH(QByteArray, bytes);
-    m_rig.model->setSendFileName(m_rig.file("send.bin", file));
-    m_rig.port->setSinkFile(m_rig.dir.filePath("sink.bin"));
-    m_rig.model->setSendUseHexFile(cell<bool>("hexFile"));
-    m_rig.model->sendOption()->setShowData(!shownFormat.isEmpty());
-    QVERIFY(shownFormat.isEmpty() || m_rig.model->setSendFormat(shownFormat));
-    QString shown;
-    qint64 shownBytes = 0;
-    QObject scope; // ends the connection with this function
-    connect(m_rig.worker, &TCPThread::sendStringAdded, &scope,
-            [&](const QString &text, bool, qint64, qint64 count) {
-                shown += text, shownBytes += count;
-            });
-    m_rig.worker->beginSendThread();
-    QVERIFY(waitForStop('s'));
-    QCOMPARE(m_events, "s1 s2 w s3 s0 ");
-    QCOMPARE(m_lastSent, file.size()); // counted in file bytes
-    QVERIFY(m_rig.port->waitForConnectionsDone(1, kTransferTimeoutMs));
-    QVERIFY(readFile(m_rig.dir.filePath("sink.bin")) == bytes);
-    QTEST(shown.section('\n', 0, 0) + ' ' + QString::number(shownBytes), "shown");
-    QCOMPARE(m_runReports, QStringList{"Sending " + m_rig.dir.filePath("send.bin")});
-    QCOMPARE(m_rig.logCount("reserve to close socket [after 1000msec]"), 1);
-}
-
-// The write time-out, injected short, ends the run once.
-void TestTcpThread::stuckDeviceTimesOutOnce()
-{
-    m_rig.worker->setTimeouts(TCPThread::kConnectTimeoutMs, 300, TCPThread::kDisconnectTimeoutMs);
-    QElapsedTimer timer;
-    timer.start();
-    beginStuckSend();
-    QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("e1"), kTransferTimeoutMs);
-    QVERIFY(timer.elapsed() >= 300 && timer.elapsed() < 5000);
-    QTRY_COMPARE(m_rig.reports->errors, QStringList{"TCP write is timeout"});
-    QVERIFY(m_runReports.contains("TCP write is timeout"));
-    m_rig.port->setStuck(false); // lets the close finish
-    QVERIFY(waitForStop('s'));
-    QCOMPARE(m_events, "s1 s2 e1 s3 s0 ");
-    QCOMPARE(m_rig.logCount("TCP write is timeout"), 1);
-}
-
-// A finite stream ends with the device closing; a paced one kept open, or an echo, with a stop.
-void TestTcpThread::receives_data()
-{
-    QTest::addColumn<QString>("peer");
-    QTest::addColumn<qint64>("size");
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<int>("displayMode");
-    QTest::addColumn<QByteArray>("display");
-    QTest::addColumn<QString>("result");
-    const QString closed = "The device closed the connection. ", none;
-    QTest::addRow("raw file, 3 MiB and a bit")
-        << "source" << qint64(3145851) << "r" << 0 << QByteArray()
-        << closed + "3145851 bytes were saved to %1.";
-    QTest::addRow("display keeps the newest 4095 bytes")
-        << "source" << qint64(10000) << none << 1 << QByteArray("\n[5905 bytes skipped]\n")
-        << closed + "Nothing was saved (Save To is empty).";
-    QTest::addRow("a file at 1 MB/s, kept open")
-        << "paced" << qint64(300000) << "r" << 0 << QByteArray() << none;
-    QTest::addRow("bytes waiting at start")
-        << "echo" << qint64(5) << "r" << 1 << QByteArray("hello") << none;
-}
-
-void TestTcpThread::receives()
-{
-    QFETCH(QString, peer);
-    QFETCH(qint64, size);
-    QFETCH(QByteArray, display);
-    QFETCH(QString, result);
-    const QString path = cell<QString>("file").isEmpty() ? "" : m_rig.dir.filePath("r.bin");
-    m_rig.model->setRecvFileName(path);
-    m_rig.model->recvOption()->setDisplayMode(cell<int>("displayMode"));
-    m_drainDisplay = result.isEmpty(); // else the display is left to fill up
-    m_rig.port->setMode(peer == "echo" ? SimDataPort::Mode::Echo : SimDataPort::Mode::Source);
-    m_rig.port->setSourceBytes(size);
-    QByteArray sent = peer == "echo" ? "hello" : SimDataPort::pattern(0, size);
-    if (peer == "paced") {
-        m_rig.port->setSourceFile(m_rig.file("source.bin", sent = QByteArray(size, 'p')));
-        m_rig.port->setSourceRate(1000000);
-        m_rig.port->setKeepOpen(true);
-    } else if (peer == "echo") {
-        m_rig.model->setSendFileName(m_rig.file("hello.txt", "hello"));
-        m_rig.worker->beginSendThread();
-        QTRY_VERIFY(m_events.contains("w "));
-        QTest::qWait(200); // the echo reaches the socket unannounced
-    }
-    QElapsedTimer timer;
-    timer.start();
-    m_rig.worker->beginRecvThread();
-    if (result.isEmpty()) {
-        QTRY_COMPARE(readFile(path).size(), size); // written out within a second
-        m_rig.worker->stopReceiving();
-    }
-    QVERIFY(waitForStop('r'));
-    m_display += m_rig.worker->takeRecvData(-1);
-    QVERIFY(m_events.contains("r1 r2 ") && !m_events.contains('e')); // and it ended with r0
-    QVERIFY(m_rig.reports->errors.isEmpty());
-    QTRY_COMPARE(m_rig.reports->results.join(""),
-                 result.contains("%1") ? result.arg(path) : result);
-    QVERIFY(path.isEmpty() || readFile(path) == sent);
-    QVERIFY(peer != "paced" || timer.elapsed() >= 280);
-    if (size == 10000)
-        display += sent.right(4095); // the stream's tail, as the device sent it
-    QCOMPARE(m_display, display);
-}
-
-// Runs in a child process whose files may not grow beyond 1000000 bytes, as on a full disk.
-void TestTcpThread::receiveIntoFullDiskStopsWithIntactPrefix()
-{
-    if (qEnvironmentVariableIsEmpty("MAVIX_FILE_SIZE_LIMITED")) {
-        QProcess child;
-        qputenv("MAVIX_FILE_SIZE_LIMITED", "1"); // for the child only
-        child.setProcessChannelMode(QProcess::MergedChannels);
-        child.setChildProcessModifier([] {
-            const rlimit limit{1000000, 1000000};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            std::signal(SIGXFSZ, SIG_IGN); // the write fails with EFBIG instead
-        });
-        child.start(QCoreApplication::applicationFilePath(), {QTest::currentTestFunction()});
-        qunsetenv("MAVIX_FILE_SIZE_LIMITED");
-        QVERIFY(child.waitForFinished(kTransferTimeoutMs));
-        QVERIFY2(child.exitCode() == 0, child.readAll().constData());
-        return;
-    }
-    const QString path = m_rig.dir.filePath("full.bin");
-    m_rig.model->setRecvFileName(path);
-    m_rig.port->setMode(SimDataPort::Mode::Source);
-    m_rig.worker->beginRecvThread(); // an endless stream
-    QVERIFY(waitForStop('r'));
-    const QString reason = QStringLiteral("Receive file cannot be written: %1 (File too large). "
-                                          "1000000 bytes were saved to %1.")
-                               .arg(path);
-    QTRY_COMPARE(m_rig.reports->errors, QStringList{reason});
-    QCOMPARE(m_runReports, (QStringList{"Saving to " + path, reason}));
-    QCOMPARE(m_events, "r1 r2 e2 r0 ");
-    QVERIFY(readFile(path) == SimDataPort::pattern(0, 1000000));
-    QCOMPARE(m_rig.logCount("recv file write failed"), 1);
-}
-
-// Each request is refused with a warning and changes nothing; `running`: a stuck send runs.
-void TestTcpThread::refusesWhatTheStatusForbids_data()
-{
-    QTest::addColumn<bool>("running");
-    QTest::addColumn<QString>("request");
-    QTest::addColumn<QString>("warning");
-    const QString close = "closeSocket";
-    QTest::addRow("begin twice") << true << QString("beginSendThread")
-                                 << "Invalid send status: TS_RUN";
-    QTest::addRow("close while sending")
-        << true << close
-        << "tcp send is running. so cancel to close socket: send[TS_RUN] recv[TS_STOP]";
-    QTest::addRow("close without a socket") << false << close << "already socket closed";
-}
-
-void TestTcpThread::refusesWhatTheStatusForbids()
-{
-    QFETCH(bool, running);
-    if (running)
-        beginStuckSend();
-    QMetaObject::invokeMethod(m_rig.worker, cell<QString>("request").toLatin1().constData());
-    m_rig.port->setStuck(false); // the send loop takes queued requests between batches
-    QTRY_COMPARE(m_rig.logCount("[ WRN] " + cell<QString>("warning").toUtf8()), 1);
-    QCOMPARE(m_rig.worker->sendStatus(), running ? TS_RUN : TS_STOP);
-    QCOMPARE(m_rig.logCount("[ WRN]"), 1);
-}
 
 QTEST_GUILESS_MAIN(TestTcpThread)
 #include "tst_tcpthread.moc"

@@ -3,25 +3,27 @@
 #include "modules/zelgpibtab.h"
 #include "sim/simgpib.h"
 #include "tabfixture.h"
+#include "testtable.h"
 #include "ui/mainwindow.h"
 
-#include <QComboBox>
-
-// Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
-const QString kToEcho = "5038 403f 4040 4022 5030 ";
-const QString kFromEcho = "5038 403f 4042 4020 5030 ";
-const QString kSendTo2 = "ConnectButton TargetAddress=2 Command=";
-const QString kSendAB = kSendTo2 + "AB SendButton "; // with CR LF: 9 units
-// The echo box holds "AB" CR LF; the units so far are forgotten and what follows is shown as hex.
-const QString kEchoHoldsAB = kSendAB + "clear ShowAsHexCheckBox ";
+#include <QtTest>
+#include <QtWidgets>
 
 // The ZEL-GPIB tab in the main window, over loopback TCP to the emulator's GPIB module (meter at
 // GPIB address 1, echo box at 2) and UDP to its registers. Each row plays a user's steps and
-// checks the traffic the emulator saw, what the form showed and the errors reported.
+// checks the traffic the emulator saw (GPIB units, then register accesses), what the form showed
+// and the errors reported.
 class tst_ZelGpib : public QObject
 {
     Q_OBJECT
 
+    // Addressing for a send from controller 0 to the echo box at 2, and for a receive from it.
+    const QString kToEcho = "5038 403f 4040 4022 5030 ";
+    const QString kFromEcho = "5038 403f 4042 4020 5030 ";
+    const QString kSendTo2 = "ConnectButton TargetAddress=2 Command=";
+    const QString kSendAB = kSendTo2 + "AB SendButton "; // with CR LF: 9 units
+    // The echo box holds "AB" CR LF; the units so far are forgotten, the rest is shown as hex.
+    const QString kEchoHoldsAB = kSendAB + "clear ShowAsHexCheckBox ";
     SimThread m_sim;
     std::unique_ptr<SimGpib> m_gpib;
     std::unique_ptr<AppContext> m_context;
@@ -58,13 +60,6 @@ class tst_ZelGpib : public QObject
                 QTest::mouseClick(widget<QAbstractButton>(name), Qt::LeftButton);
         }
     }
-    static void columns()
-    {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("traffic"); // GPIB units, then register accesses
-        QTest::addColumn<QString>("seen");
-        QTest::addColumn<QString>("errors");
-    }
     void playRow()
     {
         QFETCH(QString, script);
@@ -94,8 +89,7 @@ private slots:
     // clang-format off
     void unitEncoding_data()
     {
-        QTest::addColumn<QByteArray>("unit");
-        QTest::addColumn<QByteArray>("hex");
+        columns<QByteArray, QByteArray>("unit", "hex");
         const auto row = [](const char *name, const GpibUnit &unit, const char *hex) { QTest::addRow("%s", name) << unit.toByteArray().toHex() << QByteArray(hex); };
         row("bus control, both flags", GpibUnit::busControl(true, true), "5038");
         row("bus control, first flag", GpibUnit::busControl(true, false), "5030");
@@ -112,7 +106,7 @@ private slots:
 
     void sendSequence_data()
     {
-        columns();
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
         QTest::addRow("one byte") << "delimiter=0 " + kSendTo2 + "A SendButton" << kToEcho + "2141" << "" << "";
         QTest::addRow("CR LF") << kSendTo2 + "*IDN? SendButton" << kToEcho + "202a 2049 2044 204e 203f 200d 210a" << "" << "";
     }
@@ -120,7 +114,7 @@ private slots:
 
     void receiveEndings_data()
     {
-        columns();
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
         const QString reads = kFromEcho + "3000 3000 3000 3000";
         QTest::addRow("CR LF removed") << kEchoHoldsAB + "ReceiveButton ?ReceivedData" << reads << "41 42" << "";
         QTest::addRow("END, data kept") << kEchoHoldsAB + "delimiter=0 ReceiveButton ?ReceivedData" << reads << "41 42 0d 0a" << "";
@@ -133,7 +127,7 @@ private slots:
 
     void failureDisconnects_data()
     {
-        columns();
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
         const QString packet = "GPIB error packet|GPIB undefined error";
         QTest::addRow("error packet to a talk address") << "fault=error-packet:3 " + kSendAB + "?ConnectButton ?SendButton" << "5038 403f 4040" << "Connect|off" << packet;
         QTest::addRow("no reply to a data byte") << "fault=no-reply:7 " + kSendAB + "?ConnectButton ?SendButton" << kToEcho + "2041 2042" << "Connect|off" << "GPIB timeout";
@@ -145,7 +139,7 @@ private slots:
     // Written with the permission steps, then read back into emptied fields.
     void settingsRoundTrip_data()
     {
-        columns();
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
         const QString back = " SettingWrite ControllerAddress= Timeout= SettingRead ?ControllerAddress ?Timeout";
         const QString obtain = "write fffffcff 1 [00] write fffe1000 4 ", release = " write fffffcff 1 [ff] read fffe1000 4";
         QTest::addRow("30, 655350 ms") << "ControllerAddress=30 Timeout=655350" + back << obtain + "[1e00ffff]" + release << "30|655350" << "";
@@ -155,7 +149,7 @@ private slots:
 
     void refusedFieldsMakeNoTraffic_data()
     {
-        columns();
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
         const QString controller = "Controller GPIB address must be 0 to 30";
         QTest::addRow("send to 31") << "ConnectButton TargetAddress=31 SendButton ?ConnectButton" << "" << "Disconnect" << "Target GPIB address must be 0 to 30";
         QTest::addRow("receive as -1") << "ConnectButton ControllerAddress=-1 ReceiveButton ?ConnectButton" << "" << "Disconnect" << controller;

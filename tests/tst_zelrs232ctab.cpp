@@ -3,10 +3,10 @@
 #include "sim/simserialbridge.h"
 #include "simclient.h"
 #include "tabfixture.h"
+#include "testtable.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QPlainTextEdit>
+#include <QtTest>
+#include <QtWidgets>
 
 class SerialFixture : public TabFixture<ZELRS232CTab>
 {
@@ -65,26 +65,15 @@ class TestZELRS232CTab : public QObject
 private slots:
     void configurationRoundTrip_data()
     {
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<QString>("dte");
-        QTest::addColumn<QString>("dce");
-        QTest::addColumn<QByteArray>("written");
-        QTest::addRow("baud code 0 reads as 9,600") << hex("00001878") << "9,600/8/1/None/Manual/"
-                                                    << "Manual/" << hex("70001878");
-        QTest::addRow("parity byte 2 reads None") << hex("70021878") << "9,600/8/1/None/Manual/"
-                                                  << "Manual/" << hex("70001878");
-        QTest::addRow("460,800 7 bits 2 stop Mark, auto flow")
-            << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/"
-            << "Auto(Consider RTS)/Wait" << hex("16041C7F");
-        QTest::addRow("36,400 6 bits Space, DTE auto and waits")
-            << hex("58051D78") << "36,400/6/1/Space/Auto(Ignore CTS)/Wait"
-            << "Manual/" << hex("58051D78");
-        QTest::addRow("115,200 Even, DTE's RTS on")
-            << hex("30070878") << "115,200/8/1/Even/Manual/RTS"
-            << "Manual/RTS" << hex("30070878");
-        QTest::addRow("1,200 5 bits Odd, DCE's four outputs on")
-            << hex("AC061800") << "1,200/5/1/Odd/Manual/CTS RI DSR CD"
-            << "Manual/CTS RI DSR CD" << hex("AC061800");
+        // clang-format off
+        columns<QByteArray, QString, QString, QByteArray>("config", "dte", "dce", "written");
+        QTest::addRow("baud code 0 reads as 9,600") << hex("00001878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
+        QTest::addRow("parity byte 2 reads None") << hex("70021878") << "9,600/8/1/None/Manual/" << "Manual/" << hex("70001878");
+        QTest::addRow("460,800 7 bits 2 stop Mark, auto flow") << hex("16041C7F") << "460,800/7/2/Mark/Auto(Ignore CTS)/" << "Auto(Consider RTS)/Wait" << hex("16041C7F");
+        QTest::addRow("36,400 6 bits Space, DTE auto and waits") << hex("58051D78") << "36,400/6/1/Space/Auto(Ignore CTS)/Wait" << "Manual/" << hex("58051D78");
+        QTest::addRow("115,200 Even, DTE's RTS on") << hex("30070878") << "115,200/8/1/Even/Manual/RTS" << "Manual/RTS" << hex("30070878");
+        QTest::addRow("1,200 5 bits Odd, DCE's four outputs on") << hex("AC061800") << "1,200/5/1/Odd/Manual/CTS RI DSR CD" << "Manual/CTS RI DSR CD" << hex("AC061800");
+        // clang-format on
     }
     void configurationRoundTrip()
     {
@@ -121,24 +110,15 @@ private slots:
     }
     void receive_data()
     {
-        QTest::addColumn<int>("delimiter");
-        QTest::addColumn<QString>("maxLength");
-        QTest::addColumn<bool>("asHex");
-        QTest::addColumn<int>("receives");
-        QTest::addColumn<QString>("lengthShown");
-        QTest::addColumn<QString>("shown");
-        QTest::addRow("(Ignore) as hex") << 0 << "(Ignore)" << true << 1 << "(Ignore)"
-                                         << "68656c6c6f";
-        QTest::addRow("CR as hex") << 1 << "0" << true << 1 << "(Ignore)"
-                                   << "68656c6c6f0d";
-        QTest::addRow("LF as hex") << 2 << "x" << true << 1 << "(Ignore)"
-                                   << "68656c6c6f0a";
-        QTest::addRow("CR+LF as hex") << 3 << "-1" << true << 1 << "(Ignore)"
-                                      << "68656c6c6f0d0a";
-        QTest::addRow("text without its CR+LF") << 3 << "" << false << 1 << "(Ignore)"
-                                                << "hello";
-        QTest::addRow("at most 4 bytes at a time") << 2 << "4" << false << 2 << "4"
-                                                   << "hell\no";
+        // clang-format off
+        columns<int, QString, bool, int, QString, QString>("delimiter", "maxLength", "asHex", "receives", "lengthShown", "shown");
+        QTest::addRow("(Ignore) as hex") << 0 << "(Ignore)" << true << 1 << "(Ignore)" << "68656c6c6f";
+        QTest::addRow("CR as hex") << 1 << "0" << true << 1 << "(Ignore)" << "68656c6c6f0d";
+        QTest::addRow("LF as hex") << 2 << "x" << true << 1 << "(Ignore)" << "68656c6c6f0a";
+        QTest::addRow("CR+LF as hex") << 3 << "-1" << true << 1 << "(Ignore)" << "68656c6c6f0d0a";
+        QTest::addRow("text without its CR+LF") << 3 << "" << false << 1 << "(Ignore)" << "hello";
+        QTest::addRow("at most 4 bytes at a time") << 2 << "4" << false << 2 << "4" << "hell\no";
+        // clang-format on
     }
     void receive()
     {
