@@ -10,6 +10,8 @@ PACKAGES=(
   xvfb xauth x11-apps imagemagick
   fonts-ipafont-gothic fonts-liberation2 fonts-dejavu-core
   python3 socat xdg-utils ccache
+  clang libclang-rt-14-dev clazy gcovr
+  dpkg-dev fakeroot lintian appstream
 )
 
 missing=()
