@@ -73,14 +73,6 @@ private slots:
         QVERIFY2(match.hasMatch() && plain.mid(match.capturedLength()) == shown, qPrintable(plain));
         QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
     }
-    void newestEntryIsScrolledIntoView()
-    {
-        window()->show();
-        for (int i = 0; i < 100; ++i)
-            reportResult(QStringLiteral("entry %1").arg(i));
-        QScrollBar *bar = area()->verticalScrollBar();
-        QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
-    }
     void presetTarget_data()
     {
         // fields: IP, UDP and TCP fields afterwards

@@ -189,24 +189,9 @@ private slots:
         QCOMPARE(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                  QStringList{"old.bin"});
     }
-    // A chooser's name is applied, a cancelled one leaves the path; Open takes a relative path from
-    // the working folder.
-    void choosersAndOpen()
+    // Open takes a relative path from the working folder.
+    void openTakesRelativePath()
     {
-        const QString chosen = m_rig.dir.filePath("chosen.bin");
-        for (const QString &name : {chosen, QString()}) {
-            QTimer::singleShot(0, this, [name] {
-                auto *chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-                QCOMPARE(chooser->windowTitle() + chooser->nameFilters().join(""),
-                         "Select output toAll format file (*.*)");
-                chooser->selectFile(name);
-                QMetaObject::invokeMethod(chooser, name.isEmpty() ? "reject" : "accept");
-            });
-            click(m_tab, "TCPRecvPathRefferenceButton");
-        }
-        QCOMPARE(text(m_tab, "TCPRecvPathTextarea") + m_rig.model->recvOption()->fileName(),
-                 chosen + chosen);
-        QVERIFY(m_rig.reports->errors.isEmpty() && !QFile::exists(chosen));
         QDesktopServices::setUrlHandler("file", this, "openedInShell");
         type("TCPSendPathTextarea", "relative.bin");
         click(m_tab, "TCPSendPathOpenButton");
