@@ -100,20 +100,15 @@ private slots:
     // The one literal copy of the report.
     void textReportOfFactoryValues()
     {
-        QCOMPARE(MavixSetting().textReport(),
-                 QStringLiteral("MAC Address : 02:00:C0:A8:00:10 \r\n"
-                                "IP Address : 192.168.10.16 \r\n"
-                                "TCP Data Port : 24 \r\n"
-                                "TCP Command Port : 23 \r\n"
-                                "UDP Port : 4660 \r\n"
-                                "TCP Max Segment Size : 1460 \r\n"
-                                "TCP Keep Alive Enabled : disable \r\n"
-                                "TCP Keep Alive(buffer not empty) : 1000 msec\r\n"
-                                "TCP Keep Alive(buffer empty) : 60000 msec\r\n"
-                                "TCP Timeout(Connecting) : 5000 msec\r\n"
-                                "TCP Timeout(Disconnect) : 2880000 msec\r\n"
-                                "TCP Re-Connect Interval : 500 msec\r\n"
-                                "TCP Re-Transmition Timer : 500 msec"));
+        QCOMPARE(
+            MavixSetting().textReport(),
+            "MAC Address : 02:00:C0:A8:00:10 \r\nIP Address : 192.168.10.16 \r\n"
+            "TCP Data Port : 24 \r\nTCP Command Port : 23 \r\nUDP Port : 4660 \r\n"
+            "TCP Max Segment Size : 1460 \r\nTCP Keep Alive Enabled : disable \r\n"
+            "TCP Keep Alive(buffer not empty) : 1000 msec\r\n"
+            "TCP Keep Alive(buffer empty) : 60000 msec\r\nTCP Timeout(Connecting) : 5000 msec\r\n"
+            "TCP Timeout(Disconnect) : 2880000 msec\r\nTCP Re-Connect Interval : 500 msec\r\n"
+            "TCP Re-Transmition Timer : 500 msec");
     }
     // The five checks in order, for a target and for the address written into the image. Messages:
     // "ip" IP address is invalid, "any" 0.0.0.0 is invalid, "all" 255.255.255.255 is invalid,
