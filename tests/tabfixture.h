@@ -54,20 +54,11 @@ public:
     template <typename T> T *child(const char *name) const
     {
         T *widget = tab.template findChild<T *>(QLatin1String(name));
-        if (!widget)
-            qFatal("no widget %s", name);
-        return widget;
+        return widget ? widget : (qFatal("no widget %s", name), nullptr);
     }
     void click(const char *button) const
     {
         QTest::mouseClick(child<QPushButton>(button), Qt::LeftButton);
-    }
-    // The emulator gives no reply to the n-th request from now on (1 = the next one).
-    void dropReplyTo(int n) const
-    {
-        SimFaults faults;
-        faults.dropEveryNth = quint32(sim()->counters().requests) + quint32(n);
-        sim()->setFaults(faults);
     }
     [[nodiscard]] QString outcome() const
     {

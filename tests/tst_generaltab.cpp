@@ -108,10 +108,9 @@ private slots:
         f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
         f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
                           QString::number(f->simThread.udpPort()));
-        if (faults.startsWith(u"drop:"))
-            f->dropReplyTo(faults.mid(5).toInt());
-        else
-            f->sim()->setFaults(faultsFrom({faults}));
+        SimFaults dropped; // no reply to the N-th request from now on
+        dropped.dropEveryNth = quint32(f->sim()->counters().requests) + faults.mid(5).toUInt();
+        f->sim()->setFaults(faults.startsWith(u"drop:") ? dropped : faultsFrom({faults}));
 
         f->click("GenWriteButton");
 

@@ -184,7 +184,7 @@ private slots:
     void waitKeepsTheEventLoopRunning()
     {
         WrenAgent agent;
-        targetSim(agent);
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
         sim()->setFaults(faultsFrom({"drop"}));
         int ticks = 0;
         QString nested;
@@ -213,7 +213,7 @@ private slots:
     void packetIdIsSharedAndWraps()
     {
         WrenAgent agent;
-        targetSim(agent);
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
         for (int i = 0; i < 260; ++i)
             QCOMPARE(access(agent, i % 2 == 0, kSimReplyTimeoutMs), -1);
         const QList<SimAccess> log = sim()->accessLog();
@@ -279,18 +279,12 @@ private:
             return {};
         const QByteArray text = file.readAll();
         m_logOffset += text.size();
-        static const QRegularExpression errorLine(QStringLiteral(R"(\[ ERR\] (.*)$)"));
+        static const QRegularExpression errorLine(QStringLiteral(R"(\[ ERR\] (.*)$)"),
+                                                  QRegularExpression::MultilineOption);
         QStringList messages;
-        for (const QByteArray &line : text.split('\n')) {
-            const QRegularExpressionMatch match = errorLine.match(QString::fromUtf8(line));
-            if (match.hasMatch())
-                messages << match.captured(1);
-        }
+        for (const QRegularExpressionMatch &match : errorLine.globalMatch(QString::fromUtf8(text)))
+            messages << match.captured(1);
         return messages;
-    }
-    void targetSim(WrenAgent &agent) const
-    {
-        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
     }
     MavixSim *sim() const { return m_sim.sim(); }
 
