@@ -66,19 +66,20 @@ private slots:
             f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
 
         f->click("GenReadButton");
+        const auto *report = f->child<QPlainTextEdit>("GenSettingDataTextarea");
 
         // The current target is what the target fields said, never a record nobody read.
         QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
         if (!error.isEmpty()) {
             QCOMPARE(f->reports.errors, QStringList{error});
             QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
-            QCOMPARE(shownReport(), QString());
+            QCOMPARE(report->toPlainText(), QString());
             return;
         }
         QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
         QCOMPARE(describe(f->accesses()), QStringList{readOf(eeprom ? MavixSetting::kEepromBase
                                                                     : MavixSetting::kRunningBase)});
-        const QStringList lines = shownReport().split(u'\n');
+        const QStringList lines = report->toPlainText().split(u'\n');
         QCOMPARE(lines.mid(0, 2),
                  (QStringList{"MAC Address : 02:11:22:33:44:55 ",
                               eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
@@ -224,10 +225,6 @@ private slots:
     }
 
 private:
-    [[nodiscard]] QString shownReport() const
-    {
-        return f->child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
-    }
     std::unique_ptr<GeneralTabFixture> f;
 };
 

@@ -14,27 +14,6 @@
 #include <QtTest>
 #include <QtWidgets>
 
-namespace {
-
-// Plays steps on the view: "start", "close" and "open" call its slots, a number moves the blink
-// on by that many ticks.
-void play(LogoView &view, const QString &steps)
-{
-    for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        if (step == u"start")
-            view.StartAnimation();
-        else if (step == u"close")
-            view.CloseEye();
-        else if (step == u"open")
-            view.OpenEye();
-        else
-            for (int tick = step.toInt(); tick > 0; --tick)
-                view.forwardAnimation();
-    }
-}
-
-} // namespace
-
 class tst_MainWindow : public QObject
 {
     Q_OBJECT
@@ -167,7 +146,17 @@ private slots:
     {
         QFETCH(QString, steps);
         LogoView view;
-        play(view, steps);
+        for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            if (step == u"start")
+                view.StartAnimation();
+            else if (step == u"close")
+                view.CloseEye();
+            else if (step == u"open")
+                view.OpenEye();
+            else // a number moves the blink on by that many ticks
+                for (int tick = step.toInt(); tick > 0; --tick)
+                    view.forwardAnimation();
+        }
         const QTimer *timer = view.findChild<QTimer *>();
         QTEST(QStringLiteral("%1 %2 %3")
                   .arg(int(view.mode()))
