@@ -1,6 +1,5 @@
-// What the register tab tests share: an emulator on its own thread, an agent aimed at it, the tab
-// under test shown with its outcome signals watched, and the texts reported to the user. The
-// General tab aims the agent itself, from its target fields, at known settings images.
+// What the register tab tests share: an emulator thread, an agent aimed at it, the tab shown with
+// its outcome signals watched, and the reported texts; the General tab aims the agent itself.
 #pragma once
 
 #include "reportcollector.h"

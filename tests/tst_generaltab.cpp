@@ -1,6 +1,5 @@
-// The General tab as a user works with it, against the emulator on loopback: reading either copy
-// and every way a read fails, each step of a write failing, the write sequences of the running and
-// the EEPROM copy, a UDP port change (answering the warning box), bad fields.
+// The General tab against the emulator: reads and their failures, each write step failing, the
+// write sequences of both copies, a UDP port change (answering the warning box), bad fields.
 #include "simclient.h"
 #include "tabfixture.h"
 #include "testtable.h"

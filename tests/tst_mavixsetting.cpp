@@ -1,6 +1,5 @@
-// The settings record: image decoding and encoding, the text report and the checks of a typed
-// target or written address with their messages; the one set of rules for typed device fields
-// (ports, bytes, register addresses and addresses) underneath.
+// The settings record (decoding, encoding, report, checks of a target or written address) and the
+// one set of rules for typed device fields underneath.
 #include "app/validators.h"
 #include "reportcollector.h"
 #include "settings/mavixsetting.h"
@@ -96,7 +95,6 @@ private slots:
         QTEST(after.mid(15, 3).toHex(' ').toUpper() + ' ' + after.mid(24, 25).toHex(' ').toUpper(),
               "image");
     }
-    // The one literal copy of the report.
     void textReportOfFactoryValues()
     {
         QCOMPARE(

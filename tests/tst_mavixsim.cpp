@@ -33,7 +33,7 @@ private slots:
     void settingsImageAtStart()
     {
         // MAC 02:00:C0:A8:00:10, its own IP and ports, keep-alive off, the other bytes non-zero.
-        const QByteArray image = simStartImage(port(), sim()->tcpPort());
+        const QByteArray image = simStartImage(m_sim.udpPort(), sim()->tcpPort());
         QCOMPARE(exchange(readRequest(kRunning, 64, 9)).toHex(' '),
                  (hex("FFC80940FFFFFF00") + image).toHex(' '));
         QCOMPARE(exchange(readRequest(kEeprom, 64)).mid(8), image);
@@ -181,10 +181,9 @@ private slots:
 
 private:
     MavixSim *sim() const { return m_sim.sim(); }
-    quint16 port() const { return m_sim.udpPort(); }
     QByteArray exchange(const QByteArray &datagram, int timeoutMs = kSimReplyTimeoutMs)
     {
-        return m_client.bytes(datagram, port(), timeoutMs);
+        return m_client.bytes(datagram, m_sim.udpPort(), timeoutMs);
     }
 
     SimThread m_sim;

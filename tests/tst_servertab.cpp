@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kWaitMs = 5000; // only waited out when something is broken
 
-// A remote client: a plain socket that collects everything the server sends.
 struct Terminal
 {
     explicit Terminal(quint16 port)

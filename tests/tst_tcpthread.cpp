@@ -190,7 +190,6 @@ private slots:
     }
 
 private:
-    // Waits for the direction ('s' or 'r') to reach TS_STOP.
     bool waitForStop(char direction)
     {
         return QTest::qWaitFor([=] { return m_events.endsWith(QByteArray(1, direction) + "0 "); },

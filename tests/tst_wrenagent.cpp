@@ -1,7 +1,5 @@
-// WREN packets byte for byte, and WrenAgent against the in-process emulator and a hostile peer on
-// loopback: the reply checks with their log lines, signal and WrenError; which datagrams are taken
-// as the reply and which are discarded; waits that keep the event loop running; the shared packet
-// ID.
+// WREN packets byte for byte; WrenAgent against the emulator and a hostile peer: reply checks,
+// discarded datagrams, waits that keep the event loop running, the shared packet ID.
 #include "app/accessgate.h"
 #include "app/log.h"
 #include "sim/mavixsim.h"

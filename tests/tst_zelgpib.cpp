@@ -9,10 +9,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
-// The ZEL-GPIB tab in the main window, over loopback TCP to the emulator's GPIB module (meter at
-// GPIB address 1, echo box at 2) and UDP to its registers. Each row plays a user's steps and
-// checks the traffic the emulator saw (GPIB units, then register accesses), what the form showed
-// and the errors reported.
+// The ZEL-GPIB tab against the emulator's GPIB module (echo box at GPIB address 2) and registers.
+// Each row plays a user's steps; checked: GPIB units then register accesses, texts seen, errors.
 class tst_ZelGpib : public QObject
 {
     Q_OBJECT
@@ -85,7 +83,6 @@ private slots:
         m_sim.sim()->clearAccessLog();
     }
 
-    // Tables: one row a line.
     // clang-format off
     void unitEncoding_data()
     {
