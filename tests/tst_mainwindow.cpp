@@ -167,14 +167,15 @@ private slots:
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
     void productText_data()
     {
+        // clang-format off
         columns<QByteArray, QString>("content", "version");
         QTest::addRow("no file") << QByteArray("missing") << "";
         QTest::addRow("folder") << QByteArray("folder") << "";
-        QTest::addRow("name blank version")
-            << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
+        QTest::addRow("name blank version") << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
         QTest::addRow("upper-case name glued") << QByteArray("MAVIX UTILITY2.0") << "2.0";
         QTest::addRow("trimmed") << QByteArray("  \tMavix Utility   3.4 beta \t\r\n") << "3.4 beta";
         QTest::addRow("another name kept") << QByteArray("Mavix Tool 1.0\n") << "Mavix Tool 1.0";
+        // clang-format on
     }
     // Each row writes the file anew and opens a new dialog: the file is read at each opening.
     void productText()

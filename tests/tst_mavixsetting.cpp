@@ -177,6 +177,7 @@ private slots:
     // How each text fares as an address written into the device image and as a target to talk to.
     void addresses_data()
     {
+        // clang-format off
         // written: what the image would hold, -1: nothing
         columns<QString, AddressProblem, AddressProblem, qint64>("text", "asDevice", "asTarget",
                                                                  "written");
@@ -192,12 +193,12 @@ private slots:
         QTest::addRow("any") << "0.0.0.0" << P::Unspecified << P::Unspecified << -1ll;
         QTest::addRow("broadcast") << "255.255.255.255" << P::Broadcast << P::Broadcast << -1ll;
         QTest::addRow("multicast low") << "224.0.0.1" << P::Multicast << P::Multicast << -1ll;
-        QTest::addRow("multicast high")
-            << "239.255.255.255" << P::Multicast << P::Multicast << -1ll;
+        QTest::addRow("multicast high") << "239.255.255.255" << P::Multicast << P::Multicast << -1ll;
         QTest::addRow("above multicast") << "240.0.0.1" << P::None << P::None << qint64(0xF0000001);
         QTest::addRow("IPv6 loopback") << "::1" << P::Malformed << P::None << -1ll;
         QTest::addRow("IPv6 any") << "::" << P::Malformed << P::Unspecified << -1ll;
         QTest::addRow("IPv6 multicast") << "ff02::1" << P::Malformed << P::Multicast << -1ll;
+        // clang-format on
     }
     void addresses()
     {
