@@ -25,11 +25,7 @@ public:
             setReportTarget(nullptr);
     }
 
-    void clear()
-    {
-        results.clear();
-        errors.clear();
-    }
+    void clear() { results.clear(), errors.clear(); }
 
     QStringList results;
     QStringList errors;

@@ -50,7 +50,6 @@ inline quint16 freeUdpPort()
     return probe.localPort();
 }
 
-// A bare UDP peer on 127.0.0.1.
 class RawClient
 {
 public:

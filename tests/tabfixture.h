@@ -1,6 +1,5 @@
-// What the register tab tests share: an emulator on its own thread, an agent aimed at it, the tab
-// under test shown with its outcome signals watched, and the texts reported to the user. The
-// General tab aims the agent itself, from its target fields, at known settings images.
+// What the register tab tests share: an emulator thread, an agent aimed at it, the tab shown with
+// its outcome signals watched, and the reported texts; the General tab aims the agent itself.
 #pragma once
 
 #include "reportcollector.h"
@@ -54,20 +53,11 @@ public:
     template <typename T> T *child(const char *name) const
     {
         T *widget = tab.template findChild<T *>(QLatin1String(name));
-        if (!widget)
-            qFatal("no widget %s", name);
-        return widget;
+        return widget ? widget : (qFatal("no widget %s", name), nullptr);
     }
     void click(const char *button) const
     {
         QTest::mouseClick(child<QPushButton>(button), Qt::LeftButton);
-    }
-    // The emulator gives no reply to the n-th request from now on (1 = the next one).
-    void dropReplyTo(int n) const
-    {
-        SimFaults faults;
-        faults.dropEveryNth = quint32(sim()->counters().requests) + quint32(n);
-        sim()->setFaults(faults);
     }
     [[nodiscard]] QString outcome() const
     {

@@ -1,6 +1,5 @@
-// The program's start: its arguments, and the MavixUtility program itself, started as a process on
-// the offscreen platform and ended by SIGTERM as Ctrl+C would: the event loop ends normally and the
-// closing sequence runs.
+// The program's arguments, and MavixUtility itself as a process ended by SIGTERM as Ctrl+C would:
+// the event loop ends normally and the closing sequence runs.
 #include "app/log.h"
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"

@@ -1,6 +1,5 @@
-// The General tab as a user works with it, against the emulator on loopback: reading either copy
-// and every way a read fails, each step of a write failing, the write sequences of the running and
-// the EEPROM copy, a UDP port change (answering the warning box), bad fields.
+// The General tab against the emulator: reads and their failures, each write step failing, the
+// write sequences of both copies, a UDP port change (answering the warning box), bad fields.
 #include "simclient.h"
 #include "tabfixture.h"
 #include "testtable.h"
@@ -66,19 +65,20 @@ private slots:
             f->sim()->setFaults(faultsFrom(faults.split(u' ', Qt::SkipEmptyParts)));
 
         f->click("GenReadButton");
+        const auto *report = f->child<QPlainTextEdit>("GenSettingDataTextarea");
 
         // The current target is what the target fields said, never a record nobody read.
         QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.1"));
         if (!error.isEmpty()) {
             QCOMPARE(f->reports.errors, QStringList{error});
             QCOMPARE(f->outcome(), QStringLiteral("succeeded 0, failed 1, changed 0"));
-            QCOMPARE(shownReport(), QString());
+            QCOMPARE(report->toPlainText(), QString());
             return;
         }
         QCOMPARE(f->reports.results, QStringList{"Reading Mavix setting is successed"});
         QCOMPARE(describe(f->accesses()), QStringList{readOf(eeprom ? MavixSetting::kEepromBase
                                                                     : MavixSetting::kRunningBase)});
-        const QStringList lines = shownReport().split(u'\n');
+        const QStringList lines = report->toPlainText().split(u'\n');
         QCOMPARE(lines.mid(0, 2),
                  (QStringList{"MAC Address : 02:11:22:33:44:55 ",
                               eeprom ? "IP Address : 127.0.0.7 " : "IP Address : 127.0.0.1 "}));
@@ -108,10 +108,9 @@ private slots:
         f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
         f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
                           QString::number(f->simThread.udpPort()));
-        if (faults.startsWith(u"drop:"))
-            f->dropReplyTo(faults.mid(5).toInt());
-        else
-            f->sim()->setFaults(faultsFrom({faults}));
+        SimFaults dropped; // no reply to the N-th request from now on
+        dropped.dropEveryNth = quint32(f->sim()->counters().requests) + faults.mid(5).toUInt();
+        f->sim()->setFaults(faults.startsWith(u"drop:") ? dropped : faultsFrom({faults}));
 
         f->click("GenWriteButton");
 
@@ -225,10 +224,6 @@ private slots:
     }
 
 private:
-    [[nodiscard]] QString shownReport() const
-    {
-        return f->child<QPlainTextEdit>("GenSettingDataTextarea")->toPlainText();
-    }
     std::unique_ptr<GeneralTabFixture> f;
 };
 

@@ -1,6 +1,5 @@
-// The window in the locale the test runs under (ja_JP, or the one MAVIX_TEST_LOCALE names): our
-// own translation and Qt's own texts together, or English throughout for a locale we do not
-// translate into.
+// The window under ja_JP (or MAVIX_TEST_LOCALE): our translation beside Qt's own, or English
+// throughout for a locale we do not translate into.
 #include "app/appcontext.h"
 #include "ui/mainwindow.h"
 

@@ -101,20 +101,6 @@ private slots:
         QCOMPARE(lines(numbered(11)), QList<QByteArray>{"missing"});
         QCOMPARE(QFileInfo(path(name)).size(), rotatedSize < 0 ? size + 2 : 0);
     }
-    void nestedTraceBlocks()
-    {
-        QVERIFY(logOpen(path(QStringLiteral("trace.log")), 0));
-        {
-            TraceBlock outer("trace.cpp", 10, "outer", LOG_INFO);
-            TraceBlock inner("trace.cpp", 11, "inner", LOG_INFO);
-        }
-        logClose();
-        QStringList ends; // of the first blocks ever made in this process
-        for (const QByteArray &line : lines(QStringLiteral("trace.log")))
-            ends << QString::fromLatin1(line.mid(line.indexOf(" [")));
-        QCOMPARE(ends, (QStringList{" [BLCK] outer -> 1", " [BLCK] inner -> 2",
-                                    " [   <]     <- 2 (1)", " [   <]     <- 1"}));
-    }
 
 private:
     QString path(const QString &name = QStringLiteral("MavixUtility.log")) const

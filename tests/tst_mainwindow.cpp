@@ -14,27 +14,6 @@
 #include <QtTest>
 #include <QtWidgets>
 
-namespace {
-
-// Plays steps on the view: "start", "close" and "open" call its slots, a number moves the blink
-// on by that many ticks.
-void play(LogoView &view, const QString &steps)
-{
-    for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        if (step == u"start")
-            view.StartAnimation();
-        else if (step == u"close")
-            view.CloseEye();
-        else if (step == u"open")
-            view.OpenEye();
-        else
-            for (int tick = step.toInt(); tick > 0; --tick)
-                view.forwardAnimation();
-    }
-}
-
-} // namespace
-
 class tst_MainWindow : public QObject
 {
     Q_OBJECT
@@ -72,14 +51,6 @@ private slots:
         const QRegularExpressionMatch match = stamp.match(plain);
         QVERIFY2(match.hasMatch() && plain.mid(match.capturedLength()) == shown, qPrintable(plain));
         QVERIFY(area()->toHtml().contains(QStringLiteral("color:") + colour));
-    }
-    void newestEntryIsScrolledIntoView()
-    {
-        window()->show();
-        for (int i = 0; i < 100; ++i)
-            reportResult(QStringLiteral("entry %1").arg(i));
-        QScrollBar *bar = area()->verticalScrollBar();
-        QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
     }
     void presetTarget_data()
     {
@@ -175,7 +146,17 @@ private slots:
     {
         QFETCH(QString, steps);
         LogoView view;
-        play(view, steps);
+        for (const QString &step : steps.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            if (step == u"start")
+                view.StartAnimation();
+            else if (step == u"close")
+                view.CloseEye();
+            else if (step == u"open")
+                view.OpenEye();
+            else // a number moves the blink on by that many ticks
+                for (int tick = step.toInt(); tick > 0; --tick)
+                    view.forwardAnimation();
+        }
         const QTimer *timer = view.findChild<QTimer *>();
         QTEST(QStringLiteral("%1 %2 %3")
                   .arg(int(view.mode()))
@@ -186,14 +167,15 @@ private slots:
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
     void productText_data()
     {
+        // clang-format off
         columns<QByteArray, QString>("content", "version");
         QTest::addRow("no file") << QByteArray("missing") << "";
         QTest::addRow("folder") << QByteArray("folder") << "";
-        QTest::addRow("name blank version")
-            << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
+        QTest::addRow("name blank version") << QByteArray("Mavix Utility 1.2.3\n4.5.6\n") << "1.2.3";
         QTest::addRow("upper-case name glued") << QByteArray("MAVIX UTILITY2.0") << "2.0";
         QTest::addRow("trimmed") << QByteArray("  \tMavix Utility   3.4 beta \t\r\n") << "3.4 beta";
         QTest::addRow("another name kept") << QByteArray("Mavix Tool 1.0\n") << "Mavix Tool 1.0";
+        // clang-format on
     }
     // Each row writes the file anew and opens a new dialog: the file is read at each opening.
     void productText()

@@ -33,7 +33,7 @@ private slots:
     void settingsImageAtStart()
     {
         // MAC 02:00:C0:A8:00:10, its own IP and ports, keep-alive off, the other bytes non-zero.
-        const QByteArray image = simStartImage(port(), sim()->tcpPort());
+        const QByteArray image = simStartImage(m_sim.udpPort(), sim()->tcpPort());
         QCOMPARE(exchange(readRequest(kRunning, 64, 9)).toHex(' '),
                  (hex("FFC80940FFFFFF00") + image).toHex(' '));
         QCOMPARE(exchange(readRequest(kEeprom, 64)).mid(8), image);
@@ -84,21 +84,18 @@ private slots:
     }
     void datagrams_data()
     {
+        // clang-format off
         // reply: "none": ignored and counted
         columns<QByteArray, QByteArray>("datagram", "reply");
-        QTest::addRow("write with extra bytes")
-            << hex("FF80 09 02 00006100 ABCDEF") << hex("FF88 09 02 00006100 ABCD");
-        QTest::addRow("read of length 0")
-            << hex("FFC0 0A 00 00006000") << hex("FFC8 0A 00 00006000");
-        QTest::addRow("read with data")
-            << hex("FFC0 0B 01 00006000 99") << hex("FFC8 0B 01 00006000 11");
-        QTest::addRow("no command bit")
-            << hex("FF40 0D 01 00006000") << hex("FFC8 0D 01 00006000 11");
+        QTest::addRow("write with extra bytes") << hex("FF80 09 02 00006100 ABCDEF") << hex("FF88 09 02 00006100 ABCD");
+        QTest::addRow("read of length 0") << hex("FFC0 0A 00 00006000") << hex("FFC8 0A 00 00006000");
+        QTest::addRow("read with data") << hex("FFC0 0B 01 00006000 99") << hex("FFC8 0B 01 00006000 11");
+        QTest::addRow("no command bit") << hex("FF40 0D 01 00006000") << hex("FFC8 0D 01 00006000 11");
         QTest::addRow("empty") << QByteArray() << QByteArray("none");
         QTest::addRow("7 bytes") << hex("FFC00104000060") << QByteArray("none");
         QTest::addRow("VerType FE") << hex("FEC0010400006000") << QByteArray("none");
-        QTest::addRow("write short of data")
-            << hex("FF80010400006000 010203") << QByteArray("none");
+        QTest::addRow("write short of data") << hex("FF80010400006000 010203") << QByteArray("none");
+        // clang-format on
     }
     void datagrams()
     {
@@ -181,10 +178,9 @@ private slots:
 
 private:
     MavixSim *sim() const { return m_sim.sim(); }
-    quint16 port() const { return m_sim.udpPort(); }
     QByteArray exchange(const QByteArray &datagram, int timeoutMs = kSimReplyTimeoutMs)
     {
-        return m_client.bytes(datagram, port(), timeoutMs);
+        return m_client.bytes(datagram, m_sim.udpPort(), timeoutMs);
     }
 
     SimThread m_sim;

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kWaitMs = 5000; // only waited out when something is broken
 
-// A remote client: a plain socket that collects everything the server sends.
 struct Terminal
 {
     explicit Terminal(quint16 port)
@@ -78,9 +77,8 @@ private slots:
         row("length 0", {"read 0 0\r\n"}, {kInvalidRead});
         row("length 256", {"read 0 256\r\n"}, {kInvalidRead});
         const QByteArray dumpFile = dir.filePath(QStringLiteral("dump.txt")).toUtf8();
-        row("dump into a file, file written back", // the file holds the dump text: "10 : ..."
-            {"read 10 4 " + dumpFile + "\r\n", "write 3000 " + dumpFile + "\r\n", "read 3000 4\r\n"},
-            {kDump10, "", "OK:\r\n3000 : 31 30 20 3A \r\n" + P});
+        // the file holds the dump text: "10 : ..."
+        row("dump into a file, file written back", {"read 10 4 " + dumpFile + "\r\n", "write 3000 " + dumpFile + "\r\n", "read 3000 4\r\n"}, {kDump10, "", "OK:\r\n3000 : 31 30 20 3A \r\n" + P});
         row("dump file cannot be made", {"read 10 4 /nonexistent/dir/x\r\n"}, {"NG:\r\nread command can not open the file" + P});
         row("write is silent", {"write 1000 DEADBEEF\r\n", "read 1000 4\r\n"}, {"", "OK:\r\n1000 : DE AD BE EF \r\n" + P});
         row("odd digit ignored", {"write 2001 012\r\n", "read 2000 3\r\n"}, {"", "OK:\r\n2000 : 00 01 00 \r\n" + P});
@@ -89,21 +87,10 @@ private slots:
         row("256 bytes", {"write 0 " + QByteArray(512, 'A') + "\r\n"}, {kInvalidWrite});
         row("address not hex", {"write zz 12\r\n"}, {kInvalidWrite});
         row("no such file", {"write 0 nosuchfile\r\n"}, {kInvalidWrite});
-        row("help", {"help\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>" "\r\nhelp [command]\r\nquit" + P});
-        row("help read", {"help read\r\n"},
-            {"OK:\r\nread <address> <length> [filename]\r\nThis command is used to read the register "
-             "of the Mavix device.\r\n<address> : register address of the device(00000000 - "
-             "FFFFFFFF)\r\n<length>  : data length(0 - 255)\r\n[filename]: name of file to be "
-             "written the read data" +
-             P});
-        row("help write", {"help write\r\n"},
-            {"OK:\r\nwrite <address> <data | filename>\r\nThis command is used to write data into "
-             "the device register.\r\n<address> : register address of the device(00000000 - "
-             "FFFFFFFF)\r\n<data>    : data to be written(hex)\r\n<filename>: name of file which "
-             "has a data to be written\r\n*note | This command can accsess ONLY 00000000 to "
-             "FFFF0000" +
-             P});
-        row("help help", {"help help\r\n"}, {"OK:\r\nhelp [command]\r\nThis command returns the explain of commands.\r\n[command] : " "name of command" + P});
+        row("help", {"help\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>\r\nhelp [command]\r\nquit" + P});
+        row("help read", {"help read\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nThis command is used to read the register of the Mavix device.\r\n<address> : register address of the device(00000000 - FFFFFFFF)\r\n<length>  : data length(0 - 255)\r\n[filename]: name of file to be written the read data" + P});
+        row("help write", {"help write\r\n"}, {"OK:\r\nwrite <address> <data | filename>\r\nThis command is used to write data into the device register.\r\n<address> : register address of the device(00000000 - FFFFFFFF)\r\n<data>    : data to be written(hex)\r\n<filename>: name of file which has a data to be written\r\n*note | This command can accsess ONLY 00000000 to FFFF0000" + P});
+        row("help help", {"help help\r\n"}, {"OK:\r\nhelp [command]\r\nThis command returns the explain of commands.\r\n[command] : name of command" + P});
         row("help quit", {"help quit\r\n"}, {"OK:\r\nquit\r\nDisconnect the server" + P});
         row("help foo", {"help foo\r\n"}, {"NG:invalid help command" + P});
         row("help read extra", {"help read extra\r\n"}, {"NG:invalid help command" + P});

@@ -54,16 +54,16 @@ private slots:
     // The dialog of the failed run says why, and no blue "finished" follows the red line.
     void failureShownInsideDialog_data()
     {
+        // clang-format off
         // reason: %1: the file, or the port that refuses
         columns<bool, QString, QString>("sending", "file", "reason");
         const QString missing = "%1 (No such file or directory)";
         const QString none, send = "Send file cannot open: ";
-        QTest::addRow("refused") << false << none
-                                 << "Fail to connect to device: 127.0.0.1:%1 (Connection refused)";
-        QTest::addRow("no folder") << false << "gone/r"
-                                   << "Receive file cannot open: " + missing;
+        QTest::addRow("refused") << false << none << "Fail to connect to device: 127.0.0.1:%1 (Connection refused)";
+        QTest::addRow("no folder") << false << "gone/r" << "Receive file cannot open: " + missing;
         QTest::addRow("no send file") << true << "gone.bin" << send + missing;
         QTest::addRow("none chosen") << true << none << send + "no send file is chosen";
+        // clang-format on
     }
     void failureShownInsideDialog()
     {
@@ -157,18 +157,17 @@ private slots:
     // Typing says nothing and touches no file; the name is checked once editing is finished.
     void pathCheckedWhenEditingFinished_data()
     {
+        // clang-format off
         // reports: red | blue; %1: the path, %2: its folder
         columns<QByteArray, QString, QString>("field", "name", "reports");
         const QByteArray r("TCPRecvPathTextarea"), s("TCPSendPathTextarea");
         const QString ok = "|", cannotOpen = "File cannot open: %1 ";
         QTest::addRow("Save To: new file") << r << "new.bin" << ok;
-        QTest::addRow("Save To: no folder")
-            << r << "gone/n" << cannotOpen + "(the folder %2 does not exist)|";
-        QTest::addRow("Save To: emptied")
-            << r << "" << ok + "Save To is empty: received data will not be saved.";
-        QTest::addRow("Send File: missing")
-            << s << "n" << cannotOpen + "(No such file or directory)|";
+        QTest::addRow("Save To: no folder") << r << "gone/n" << cannotOpen + "(the folder %2 does not exist)|";
+        QTest::addRow("Save To: emptied") << r << "" << ok + "Save To is empty: received data will not be saved.";
+        QTest::addRow("Send File: missing") << s << "n" << cannotOpen + "(No such file or directory)|";
         QTest::addRow("Send File: emptied") << s << QString() << "Send file is not chosen." + ok;
+        // clang-format on
     }
     void pathCheckedWhenEditingFinished()
     {
@@ -189,24 +188,9 @@ private slots:
         QCOMPARE(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                  QStringList{"old.bin"});
     }
-    // A chooser's name is applied, a cancelled one leaves the path; Open takes a relative path from
-    // the working folder.
-    void choosersAndOpen()
+    // Open takes a relative path from the working folder.
+    void openTakesRelativePath()
     {
-        const QString chosen = m_rig.dir.filePath("chosen.bin");
-        for (const QString &name : {chosen, QString()}) {
-            QTimer::singleShot(0, this, [name] {
-                auto *chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-                QCOMPARE(chooser->windowTitle() + chooser->nameFilters().join(""),
-                         "Select output toAll format file (*.*)");
-                chooser->selectFile(name);
-                QMetaObject::invokeMethod(chooser, name.isEmpty() ? "reject" : "accept");
-            });
-            click(m_tab, "TCPRecvPathRefferenceButton");
-        }
-        QCOMPARE(text(m_tab, "TCPRecvPathTextarea") + m_rig.model->recvOption()->fileName(),
-                 chosen + chosen);
-        QVERIFY(m_rig.reports->errors.isEmpty() && !QFile::exists(chosen));
         QDesktopServices::setUrlHandler("file", this, "openedInShell");
         type("TCPSendPathTextarea", "relative.bin");
         click(m_tab, "TCPSendPathOpenButton");

@@ -128,8 +128,7 @@ private slots:
     {
         QFETCH(QString, combo);
         QFETCH(QString, typed);
-        auto *addresses = f->child<QComboBox>("UDPRegisterAddressCombobox");
-        addresses->addItems({"1000", "FFFFFF00"});
+        f->child<QComboBox>("UDPRegisterAddressCombobox")->addItems({"1000", "FFFFFF00"});
         setAccess(QStringLiteral("0"), QStringLiteral("1"), QString());
         QLineEdit *edit = f->child<QComboBox>(qPrintable(combo))->lineEdit();
         edit->setFocus();

@@ -1,7 +1,5 @@
-// WREN packets byte for byte, and WrenAgent against the in-process emulator and a hostile peer on
-// loopback: the reply checks with their log lines, signal and WrenError; which datagrams are taken
-// as the reply and which are discarded; waits that keep the event loop running; the shared packet
-// ID.
+// WREN packets byte for byte; WrenAgent against the emulator and a hostile peer: reply checks,
+// discarded datagrams, waits that keep the event loop running, the shared packet ID.
 #include "app/accessgate.h"
 #include "app/log.h"
 #include "sim/mavixsim.h"
@@ -184,7 +182,7 @@ private slots:
     void waitKeepsTheEventLoopRunning()
     {
         WrenAgent agent;
-        targetSim(agent);
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
         sim()->setFaults(faultsFrom({"drop"}));
         int ticks = 0;
         QString nested;
@@ -213,7 +211,7 @@ private slots:
     void packetIdIsSharedAndWraps()
     {
         WrenAgent agent;
-        targetSim(agent);
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
         for (int i = 0; i < 260; ++i)
             QCOMPARE(access(agent, i % 2 == 0, kSimReplyTimeoutMs), -1);
         const QList<SimAccess> log = sim()->accessLog();
@@ -279,18 +277,12 @@ private:
             return {};
         const QByteArray text = file.readAll();
         m_logOffset += text.size();
-        static const QRegularExpression errorLine(QStringLiteral(R"(\[ ERR\] (.*)$)"));
+        static const QRegularExpression errorLine(QStringLiteral(R"(\[ ERR\] (.*)$)"),
+                                                  QRegularExpression::MultilineOption);
         QStringList messages;
-        for (const QByteArray &line : text.split('\n')) {
-            const QRegularExpressionMatch match = errorLine.match(QString::fromUtf8(line));
-            if (match.hasMatch())
-                messages << match.captured(1);
-        }
+        for (const QRegularExpressionMatch &match : errorLine.globalMatch(QString::fromUtf8(text)))
+            messages << match.captured(1);
         return messages;
-    }
-    void targetSim(WrenAgent &agent) const
-    {
-        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
     }
     MavixSim *sim() const { return m_sim.sim(); }
 

@@ -38,24 +38,6 @@ public:
                 on << QLatin1String(box);
         return (parts << on.join(' ')).join('/');
     }
-    void connectBoth() const
-    {
-        click("ZELRS232cRead");
-        click("ZELRS232cConnectButton");
-        select("ConnectorComboBox", 1);
-        click("ZELRS232cConnectButton");
-        select("ConnectorComboBox", 0);
-    }
-    QString sendFromDteAndReceive(int delimiter, int receives) const
-    {
-        child<QComboBox>("ZELRS232CDelimiterComboBox")->setCurrentIndex(delimiter);
-        w<QLineEdit>("SendDataLineEdit")->setText(QStringLiteral("hello"));
-        QTest::keyClick(w<QLineEdit>("SendDataLineEdit"), Qt::Key_Return);
-        select("ConnectorComboBox", 1);
-        for (int i = 0; i < receives; ++i)
-            click("ZELRS232cReceiveButton");
-        return w<QPlainTextEdit>("ReceivedDataTextarea")->toPlainText();
-    }
 };
 
 class TestZELRS232CTab : public QObject
@@ -128,12 +110,22 @@ private slots:
         QFETCH(bool, asHex);
         SerialFixture f;
         QVERIFY(f.start());
-        f.connectBoth();
+        f.click("ZELRS232cRead");
+        f.click("ZELRS232cConnectButton");
+        f.select("ConnectorComboBox", 1);
+        f.click("ZELRS232cConnectButton");
+        f.select("ConnectorComboBox", 0);
         f.w<QLineEdit>("MaxReceiveLengthLineEdit")->setText(maxLength);
         emit f.w<QLineEdit>("MaxReceiveLengthLineEdit")->editingFinished();
         QTEST(f.w<QLineEdit>("MaxReceiveLengthLineEdit")->text(), "lengthShown");
         f.w<QCheckBox>("ShowAsHexCheckBox")->setChecked(asHex);
-        QTEST(f.sendFromDteAndReceive(delimiter, receives), "shown");
+        f.child<QComboBox>("ZELRS232CDelimiterComboBox")->setCurrentIndex(delimiter);
+        f.w<QLineEdit>("SendDataLineEdit")->setText(QStringLiteral("hello"));
+        QTest::keyClick(f.w<QLineEdit>("SendDataLineEdit"), Qt::Key_Return);
+        f.select("ConnectorComboBox", 1);
+        for (int i = 0; i < receives; ++i)
+            f.click("ZELRS232cReceiveButton");
+        QTEST(f.w<QPlainTextEdit>("ReceivedDataTextarea")->toPlainText(), "shown");
         f.click("ZELRS232cReceiveButton"); // nothing more comes: the wait ends the connection
         QCOMPARE(f.reports.errors, QStringList{"ZEL-RS232C timeout"});
         QCOMPARE(f.w<QPushButton>("ConnectButton")->text(), QStringLiteral("Connect"));
