@@ -1,42 +1,21 @@
 #!/usr/bin/env bash
-# Installs the build into a temporary prefix and starts what was installed; or, with --deb, builds
-# the Debian package and checks its contents and dependencies.
+# Installs the build into a temporary prefix and starts what was installed; with --deb, builds the
+# Debian package and checks its files and dependencies.
 set -euo pipefail
-build=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-
 if [ "${2:-}" = "--deb" ]; then
-  (cd "$work" && cpack --config "$build/CPackConfig.cmake" -G DEB >/dev/null)
+  (cd "$work" && cpack --config "$1/CPackConfig.cmake" -G DEB >/dev/null)
   deb=$(ls "$work"/mavix-utility_*.deb)
-  dpkg-deb -c "$deb" | awk '{print $6}' | grep -v '/$' | sort > "$work/files"
-  diff -u - "$work/files" <<'LIST'
-./usr/bin/MavixUtility
-./usr/bin/mavix
-./usr/bin/mavix-sim
-./usr/bin/version.txt
-./usr/share/applications/mavix-utility.desktop
-./usr/share/doc/mavix-utility/changelog.gz
-./usr/share/doc/mavix-utility/copyright
-./usr/share/icons/hicolor/128x128/apps/mavix-utility.png
-./usr/share/icons/hicolor/scalable/apps/mavix-utility.svg
-./usr/share/man/man1/MavixUtility.1.gz
-./usr/share/man/man1/mavix-sim.1.gz
-./usr/share/man/man1/mavix.1.gz
-./usr/share/metainfo/com.example.MavixUtility.metainfo.xml
-LIST
+  files=$(dpkg-deb -c "$deb" | awk '{print $6}' | grep -v '/$' | sort | tr '\n' ' ')
+  [ "$files" = "./usr/bin/MavixUtility ./usr/bin/mavix ./usr/bin/mavix-sim ./usr/bin/version.txt ./usr/share/applications/mavix-utility.desktop ./usr/share/doc/mavix-utility/changelog.gz ./usr/share/doc/mavix-utility/copyright ./usr/share/icons/hicolor/128x128/apps/mavix-utility.png ./usr/share/icons/hicolor/scalable/apps/mavix-utility.svg ./usr/share/man/man1/MavixUtility.1.gz ./usr/share/man/man1/mavix-sim.1.gz ./usr/share/man/man1/mavix.1.gz ./usr/share/metainfo/com.example.MavixUtility.metainfo.xml " ] || { echo "unexpected files: $files"; exit 1; }
   dpkg-deb -f "$deb" Depends | grep -q 'libqt6widgets6'
-  echo "install: package contents and dependencies as expected"
   exit 0
 fi
-
-cmake --install "$build" --prefix "$work/usr" >/dev/null
+cmake --install "$1" --prefix "$work/usr" >/dev/null
 "$work/usr/bin/mavix" --help | grep -q 'read ADDR LEN'
 # The installed GUI starts, stays up, and ends cleanly on SIGTERM as when its window is closed.
 QT_QPA_PLATFORM=offscreen "$work/usr/bin/MavixUtility" -target:127.0.0.1:9:9 >/dev/null 2>&1 &
 pid=$!
 sleep 2
-kill -0 "$pid"
-kill -TERM "$pid"
-wait "$pid"
-echo "install: installed programs start"
+kill -0 "$pid" && kill -TERM "$pid" && wait "$pid"
