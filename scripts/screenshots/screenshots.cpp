@@ -7,8 +7,8 @@
 #include "app/appcontext.h"
 #include "app/log.h"
 #include "modules/zelgpibtab.h"
-#include "settings/experttab.h"
 #include "server/servertab.h"
+#include "settings/experttab.h"
 #include "sim/mavixsim.h"
 #include "sim/simdataport.h"
 #include "sim/simgpib.h"
@@ -90,6 +90,29 @@ void makeFile(const QString &path, qint64 size)
 int takeDetailShot(const QString &target)
 {
     AppContext context(true, false, 0, false, nullptr, target);
+    MainWindow *window = context.mainWindow();
+    window->resize(800, 660);
+    window->show();
+    settle(1500);
+    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->expertTab());
+    click(window, "ExpertReadButton");
+    settle(300);
+
+    child<QComboBox>(window, "ExpertTCPKeepAliveEnabledCombobox")->setCurrentIndex(1);
+    child<QLineEdit>(window, "ExpertTCPKeepAliveBETextarea")->setText(QStringLiteral("30000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutConTextarea")->setText(QStringLiteral("3000"));
+    child<QLineEdit>(window, "ExpertTCPTimeoutDicTextarea")->setText(QStringLiteral("600000"));
+    child<QCheckBox>(window, "ExpertEEPROMAccessCheckbox")->setChecked(true);
+    click(window, "ExpertWriteButton");
+    settle(300);
+    click(window, "ExpertResetButton");
+    settle(300);
+    click(window, "ExpertReadButton");
+    save(window, QStringLiteral("detail"));
+    window->close();
+    return 0;
+}
+
 // A short remote-control session, as a user would type it into nc.
 void serverSession(quint16 port)
 {
@@ -112,23 +135,6 @@ void serverScreenshot(quint16 udpPort, quint16 tcpPort)
     window->resize(800, 660);
     window->show();
     settle(1500);
-    child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->expertTab());
-    click(window, "ExpertReadButton");
-    settle(300);
-
-    child<QComboBox>(window, "ExpertTCPKeepAliveEnabledCombobox")->setCurrentIndex(1);
-    child<QLineEdit>(window, "ExpertTCPKeepAliveBETextarea")->setText(QStringLiteral("30000"));
-    child<QLineEdit>(window, "ExpertTCPTimeoutConTextarea")->setText(QStringLiteral("3000"));
-    child<QLineEdit>(window, "ExpertTCPTimeoutDicTextarea")->setText(QStringLiteral("600000"));
-    child<QCheckBox>(window, "ExpertEEPROMAccessCheckbox")->setChecked(true);
-    click(window, "ExpertWriteButton");
-    settle(300);
-    click(window, "ExpertResetButton");
-    settle(300);
-    click(window, "ExpertReadButton");
-    save(window, QStringLiteral("detail"));
-    window->close();
-    return 0;
     child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->serverTab());
     serverSession(window->serverTab()->serverPort());
     save(window, QStringLiteral("server"));
@@ -169,13 +175,11 @@ int main(int argc, char *argv[])
     const QString sendPath = files.filePath(QStringLiteral("firmware-image.bin"));
     makeFile(sendPath, 256 * 1024 * 1024);
 
-    AppContext context(false, false, 0, false, nullptr, target);
     serverScreenshot(device.udpPort(), tcpPort);
     if (qEnvironmentVariableIsSet("MAVIX_SCREENSHOT_SERVER_ONLY"))
         return 0;
 
-    AppContext context(false, false, 0, false, nullptr,
-                       QStringLiteral("127.0.0.1:%1:%2").arg(device.udpPort()).arg(tcpPort));
+    AppContext context(false, false, 0, false, nullptr, target);
     MainWindow *window = context.mainWindow();
     window->resize(800, 660);
     window->show();
