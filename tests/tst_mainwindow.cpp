@@ -153,10 +153,8 @@ private slots:
                     view.forwardAnimation();
         }
         const QTimer *timer = view.findChild<QTimer *>();
-        QTEST(QStringLiteral("%1 %2 %3")
-                  .arg(int(view.mode()))
-                  .arg(view.chosenImageName())
-                  .arg(timer->isActive() ? timer->interval() : 0),
+        QTEST(QString::asprintf("%d %s %d", int(view.mode()), qPrintable(view.chosenImageName()),
+                                timer->isActive() ? timer->interval() : 0),
               "state");
     }
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
