@@ -22,9 +22,8 @@ struct SimProcess
         process.setWorkingDirectory(folder);
         process.start(QStringLiteral(MAVIX_SIM_PATH),
                       QStringList{"--udp-port", "0", "--tcp-port", "0"} + arguments);
-        QElapsedTimer clock;
-        clock.start();
-        while (!process.canReadLine() && clock.elapsed() < 10000 &&
+        const QDeadlineTimer deadline(10000);
+        while (!process.canReadLine() && !deadline.hasExpired() &&
                process.state() != QProcess::NotRunning)
             process.waitForReadyRead(100);
         portLine = QString::fromUtf8(process.readLine()).trimmed();
@@ -130,9 +129,8 @@ private slots:
             to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
             ::connect(fd, reinterpret_cast<const sockaddr *>(&to), sizeof to);
             const QByteArray request = readRequest(0x7000, 255);
-            QElapsedTimer clock;
-            clock.start();
-            for (int i = 0; i < 20000000 && !stop && clock.elapsed() < 8000; ++i)
+            const QDeadlineTimer deadline(8000);
+            for (int i = 0; i < 20000000 && !stop && !deadline.hasExpired(); ++i)
                 ::send(fd, request.constData(), size_t(request.size()), 0);
             ::close(fd);
         }));
