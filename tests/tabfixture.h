@@ -110,10 +110,7 @@ public:
         child<QLineEdit>("GenWriteTCPPortTextarea")->setText(tcpPort);
         child<QLineEdit>("GenWriteUDPPortTextarea")->setText(udpPort);
     }
-    [[nodiscard]] QString text(const char *lineEdit) const
-    {
-        return child<QLineEdit>(lineEdit)->text();
-    }
+    [[nodiscard]] QString text(const char *name) const { return child<QLineEdit>(name)->text(); }
     [[nodiscard]] QString outcome() const
     {
         return TabFixture::outcome() + QStringLiteral(", changed %1").arg(changed.count());

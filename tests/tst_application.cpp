@@ -79,13 +79,8 @@ private slots:
         };
         const StartupOptions o = parseStartupArguments(
             QStringList{"MavixUtility"} + arguments.split(u' ', Qt::SkipEmptyParts), warnAndAnswer);
-        QTEST(QStringLiteral("%1 %2 %3 %4 %5 %6")
-                  .arg(shown)
-                  .arg(int(o.expert))
-                  .arg(int(o.serverMode))
-                  .arg(o.uiPort)
-                  .arg(int(o.loggingRequested))
-                  .arg(o.logThreshold),
+        QTEST(QString::asprintf("%d %d %d %d %d %d", shown, int(o.expert), int(o.serverMode),
+                                int(o.uiPort), int(o.loggingRequested), int(o.logThreshold)),
               "options");
         if (shown)
             QCOMPARE(text, QStringLiteral("|Server mode, uiport is invalid"));

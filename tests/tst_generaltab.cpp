@@ -106,8 +106,7 @@ private slots:
         QFETCH(QString, faults);
         QFETCH(int, accesses);
         f->child<QCheckBox>("GenEEPROMAccessCheckbox")->setChecked(eeprom);
-        f->setWriteFields(QStringLiteral("127.0.0.3"), QStringLiteral("24"),
-                          QString::number(f->simThread.udpPort()));
+        f->setWriteFields("127.0.0.3", "24", QString::number(f->simThread.udpPort()));
         SimFaults dropped; // no reply to the N-th request from now on
         dropped.dropEveryNth = quint32(f->sim()->counters().requests) + faults.mid(5).toUInt();
         f->sim()->setFaults(faults.startsWith(u"drop:") ? dropped : faultsFrom({faults}));
@@ -117,8 +116,7 @@ private slots:
         QTEST(f->reports.errors.join(u'\n'), "error");
         QCOMPARE(f->accesses().size(), accesses);
         // The image is in place once the release is due.
-        QCOMPARE(f->outcome(),
-                 QStringLiteral("succeeded 0, failed 1, changed %1").arg(accesses / 5));
+        QCOMPARE(f->outcome(), QString("succeeded 0, failed 1, changed %1").arg(accesses / 5));
         // A device that took its new address before answering is looked for there.
         if (accesses == 3)
             QCOMPARE(f->agent.targetAddress(), QHostAddress(QStringLiteral("127.0.0.3")));
@@ -177,8 +175,7 @@ private slots:
         QFETCH(bool, yes);
         const quint16 oldPort = f->simThread.udpPort();
         const quint16 newPort = freeUdpPort();
-        f->setWriteFields(QStringLiteral("127.0.0.1"), QStringLiteral("24"),
-                          QString::number(newPort));
+        f->setWriteFields("127.0.0.1", "24", QString::number(newPort));
         const auto box = answerNextBox(&f->tab, yes ? QMessageBox::Yes : QMessageBox::No);
 
         f->click("GenWriteButton");

@@ -33,9 +33,8 @@ private slots:
     // right-aligned in 8) replaced by "T".
     void lineFormat_data()
     {
-        columns<QByteArray, unsigned, QByteArray, QString, QByteArray>("file", "line", "word",
-                                                                       "message", "written");
         // clang-format off
+        columns<QByteArray, unsigned, QByteArray, QString, QByteArray>("file", "line", "word", "message", "written");
         QTest::addRow("8-character file") << QByteArray("main.cpp") << 79u << QByteArray("INFO") << "Application start." << QByteArray("                 main.cpp:  79 T [INFO] Application start.");
         QTest::addRow("25-character file") << QByteArray("abcdefghijklmnopqrstu.cpp") << 1u << QByteArray("ERR") << "x" << QByteArray("abcdefghijklmnopqrstu.cpp:   1 T [ ERR] x");
         QTest::addRow("longer file, 5-digit line") << QByteArray("a_rather_long_source_file_name.cpp") << 12345u << QByteArray("<") << "y" << QByteArray("a_rather_long_source_file_name.cpp:12345 T [   <] y");
@@ -103,10 +102,7 @@ private slots:
     }
 
 private:
-    QString path(const QString &name = QStringLiteral("MavixUtility.log")) const
-    {
-        return m_dir.filePath(name);
-    }
+    QString path(const QString &name = "MavixUtility.log") const { return m_dir.filePath(name); }
     // The file's lines, or "missing".
     QList<QByteArray> lines(const QString &name = QStringLiteral("MavixUtility.log")) const
     {

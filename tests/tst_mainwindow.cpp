@@ -30,13 +30,12 @@ private slots:
     void messageArea_data()
     {
         columns<bool, QString, QString>("error", "text", "colour");
-        const auto row = [](const char *name, bool error, const char *text, const char *colour) {
-            QTest::addRow("%s", name) << error << QString(text) << QString(colour);
-        };
-        row("result in blue", false, "UDP read successed", "#0000c0");
-        row("error in red with prefix", true, "UDP read is timeout", "#ff0000");
-        row("markup kept as text", false, "<b>bold</b> & <img src=x>", "#0000c0");
-        row("error markup kept as text", true, "-target:<i>x</i> is ignored", "#ff0000");
+        // clang-format off
+        QTest::addRow("result in blue") << false << "UDP read successed" << "#0000c0";
+        QTest::addRow("error in red with prefix") << true << "UDP read is timeout" << "#ff0000";
+        QTest::addRow("markup kept as text") << false << "<b>bold</b> & <img src=x>" << "#0000c0";
+        QTest::addRow("error markup kept as text") << true << "-target:<i>x</i> is ignored" << "#ff0000";
+        // clang-format on
     }
     void messageArea()
     {
@@ -56,27 +55,23 @@ private slots:
     {
         // fields: IP, UDP and TCP fields afterwards
         columns<QString, QString, bool>("preset", "fields", "reported");
-        const auto row = [](const char *name, const char *preset, const char *fields) {
-            const bool bad = !fields;
-            QTest::addRow("%s", name)
-                << QString(preset) << QString(bad ? "192.168.10.16 4660 24" : fields) << bad;
-        };
-        row("all parts", "127.0.0.2:5000:6000", "127.0.0.2 5000 6000");
-        row("host only keeps the ports", "127.0.0.3", "127.0.0.3 4660 24");
-        row("IPv6 loopback", "[::1]:5000", "::1 5000 24");
-        row("empty UDP part", "127.0.0.1::6000", "127.0.0.1 4660 6000");
-        row("bad host", "300.0.0.1:5000", nullptr);
-        row("leading zeros", "127.000.0.1", nullptr);
-        row("bad port", "127.0.0.1:70000", nullptr);
+        // clang-format off
+        QTest::addRow("all parts") << "127.0.0.2:5000:6000" << "127.0.0.2 5000 6000" << false;
+        QTest::addRow("host only keeps the ports") << "127.0.0.3" << "127.0.0.3 4660 24" << false;
+        QTest::addRow("IPv6 loopback") << "[::1]:5000" << "::1 5000 24" << false;
+        QTest::addRow("empty UDP part") << "127.0.0.1::6000" << "127.0.0.1 4660 6000" << false;
+        QTest::addRow("bad host") << "300.0.0.1:5000" << "192.168.10.16 4660 24" << true;
+        QTest::addRow("leading zeros") << "127.000.0.1" << "192.168.10.16 4660 24" << true;
+        QTest::addRow("bad port") << "127.0.0.1:70000" << "192.168.10.16 4660 24" << true;
+        // clang-format on
     }
     void presetTarget()
     {
         QFETCH(QString, preset);
         QFETCH(bool, reported);
         build(preset);
-        QTEST(QStringList({field("GenTargetIPAddressTextarea"), field("GenTargetUDPPortTextarea"),
-                           field("GenTargetTCPPortTextarea")})
-                  .join(u' '),
+        QTEST(field("GenTargetIPAddressTextarea") + ' ' + field("GenTargetUDPPortTextarea") + ' ' +
+                  field("GenTargetTCPPortTextarea"),
               "fields");
         QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
     }
@@ -158,10 +153,8 @@ private slots:
                     view.forwardAnimation();
         }
         const QTimer *timer = view.findChild<QTimer *>();
-        QTEST(QStringLiteral("%1 %2 %3")
-                  .arg(int(view.mode()))
-                  .arg(view.chosenImageName())
-                  .arg(timer->isActive() ? timer->interval() : 0),
+        QTEST(QString::asprintf("%d %s %d", int(view.mode()), qPrintable(view.chosenImageName()),
+                                timer->isActive() ? timer->interval() : 0),
               "state");
     }
     // The file's content ("folder": a folder in its place, "missing": none) and the version shown.
@@ -198,10 +191,7 @@ private slots:
 private:
     MainWindow *window() const { return m_context->mainWindow(); }
     QTextEdit *area() const { return window()->findChild<QTextEdit *>("errorLabel"); }
-    QString field(const char *name) const
-    {
-        return window()->findChild<QLineEdit *>(QLatin1String(name))->text();
-    }
+    QString field(const char *n) const { return window()->findChild<QLineEdit *>(n)->text(); }
     void build(const QString &presetTarget)
     {
         m_context.reset();

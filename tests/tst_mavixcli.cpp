@@ -1,5 +1,6 @@
 // The mavix program run as scripts run it, against mavix-sim processes on loopback.
 #include "simclient.h"
+#include "testtable.h"
 
 #include <QCryptographicHash>
 #include <QProcess>
@@ -21,8 +22,7 @@ struct Sim
     {
         process.start(MAVIX_SIM_PATH, QStringList{"--udp-port=0", "--tcp-port=0"} + arguments);
         QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
-        const QList<QByteArray> words =
-            process.readLine().simplified().split(' '); // udp A:U tcp A:T
+        const auto words = process.readLine().simplified().split(' '); // udp A:U tcp A:T
         target = "127.0.0.1:" + (udpPort = words.value(2).split(':').value(1)) + ':' +
                  words.value(4).split(':').value(1);
     }
@@ -51,12 +51,9 @@ class TestMavixCli : public QObject
 private slots:
     void commandLines_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("fault"); // mavix-sim's options
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QString>("state"); // ADDRESS=HEX in the emulator afterwards
         // clang-format off
+        // fault: mavix-sim's options; state: ADDRESS=HEX in the emulator afterwards
+        columns<QString, QString, int, QString, QString>("command", "fault", "exitCode", "output", "state");
         QTest::addRow("write, then the bytes are there") << "write 1000 01 02 0a FF" << "" << 0 << "UDP writing successed" << "1000=01020AFF";
         QTest::addRow("write of a file above 255 bytes refused") << "write 1000 @" MAVIX_CLI_PATH << "" << 1 << "Data length must be 0 to 255" << "1000=00000000";
         QTest::addRow("read prints a dump with addresses") << "read FFFFFF08 18" << "" << 0 << "FFFFFF08 : 18 19 1A 1B 1C 1D 1E 1F A1 5A 02 00 C0 A8 00 10 \nFFFFFF18 : 7F 00 \n" << "";

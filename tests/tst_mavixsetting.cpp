@@ -50,14 +50,12 @@ private slots:
         MavixSetting setting;
         setting.ipAddress = QStringLiteral("1.2.3.4");
         setting.decode(image);
-        QTEST(QStringLiteral("%1 %2 %3 %4 %5 %6")
-                  .arg(setting.ipAddress)
-                  .arg(setting.udpPort)
-                  .arg(setting.tcpDataPort)
-                  .arg(setting.macAddressText())
-                  .arg(int(setting.tcpKeepAliveEnabled))
-                  .arg(setting.tcpTimeoutDisconnectMs()),
-              "decoded");
+        QString decoded;
+        QTextStream(&decoded) << setting.ipAddress << ' ' << setting.udpPort << ' '
+                              << setting.tcpDataPort << ' ' << setting.macAddressText() << ' '
+                              << int(setting.tcpKeepAliveEnabled) << ' '
+                              << setting.tcpTimeoutDisconnectMs();
+        QTEST(decoded, "decoded");
         QCOMPARE(reports.errors.join(""),
                  image.size() < 64 ? "Mavix Setting buffer is too small" : "");
     }
@@ -113,16 +111,14 @@ private slots:
     void checks_data()
     {
         columns<QString, QString, QString, QString>("ip", "port", "asTarget", "asWritten");
-        const auto row = [](const char *ip, const char *port, const char *target,
-                            const char *written) {
-            QTest::addRow("%s %s", ip, port) << ip << port << target << written;
-        };
-        row("127.0.0.1", "24", "", "");
-        row("::1", "0", "", "ip");
-        row("224.0.0.1", "24", "ip", "ip");
-        row("0.0.0.0", "24", "any", "any");
-        row("255.255.255.255", "24", "all", "all");
-        row("host", "65536", "ip tcp udp", "ip tcp udp");
+        // clang-format off
+        QTest::addRow("127.0.0.1 24") << "127.0.0.1" << "24" << "" << "";
+        QTest::addRow("::1 0") << "::1" << "0" << "" << "ip";
+        QTest::addRow("224.0.0.1 24") << "224.0.0.1" << "24" << "ip" << "ip";
+        QTest::addRow("0.0.0.0 24") << "0.0.0.0" << "24" << "any" << "any";
+        QTest::addRow("255.255.255.255 24") << "255.255.255.255" << "24" << "all" << "all";
+        QTest::addRow("host 65536") << "host" << "65536" << "ip tcp udp" << "ip tcp udp";
+        // clang-format on
     }
     void checks()
     {

@@ -49,23 +49,20 @@ private slots:
     // bytes that were there.
     void writes_data()
     {
+        // clang-format off
         columns<QByteArray, quint32, QByteArray, bool>("permission", "address", "data", "refused");
-        const auto row = [](const char *name, const char *permission, quint32 address,
-                            const QByteArray &data, bool refused) {
-            QTest::addRow("%s", name) << hex(permission) << address << data << refused;
-        };
-        const QByteArray word = hex("A0A1A2A3");
-        row("plain memory", "FF", 0x2000, hex("0102030405"), false);
-        row("wrapping to 0", "FF", 0xFFFFFFFE, word, false);
-        row("running copy's IP", "FF", 0xFFFFFF18, hex("C0A80A10"), false);
-        row("locked EEPROM", "FF", kEeprom, word, true);
-        row("locked, last byte", "FF", 0xFFFFFCFE, hex("A0"), true);
-        row("locked, from below", "FF", 0xFFFFFBFE, word, true);
-        row("01 locks too", "01", kEeprom, word, true);
-        row("locked, just below", "FF", 0xFFFFFBFC, word, false);
-        row("granted", "00", kEeprom, word, false);
-        row("granted, across the permission byte", "00", 0xFFFFFCF0,
-            QByteArray(15, '\xAA') + hex("00") + QByteArray(16, '\xBB'), false);
+        const QByteArray ff = hex("FF"), word = hex("A0A1A2A3");
+        QTest::addRow("plain memory") << ff << 0x2000u << hex("0102030405") << false;
+        QTest::addRow("wrapping to 0") << ff << 0xFFFFFFFEu << word << false;
+        QTest::addRow("running copy's IP") << ff << 0xFFFFFF18u << hex("C0A80A10") << false;
+        QTest::addRow("locked EEPROM") << ff << kEeprom << word << true;
+        QTest::addRow("locked, last byte") << ff << 0xFFFFFCFEu << hex("A0") << true;
+        QTest::addRow("locked, from below") << ff << 0xFFFFFBFEu << word << true;
+        QTest::addRow("01 locks too") << hex("01") << kEeprom << word << true;
+        QTest::addRow("locked, just below") << ff << 0xFFFFFBFCu << word << false;
+        QTest::addRow("granted") << hex("00") << kEeprom << word << false;
+        QTest::addRow("granted, across the permission byte") << hex("00") << 0xFFFFFCF0u << QByteArray(15, '\xAA') + hex("00") + QByteArray(16, '\xBB') << false;
+        // clang-format on
     }
     void writes()
     {

@@ -22,9 +22,8 @@ struct SimProcess
         process.setWorkingDirectory(folder);
         process.start(QStringLiteral(MAVIX_SIM_PATH),
                       QStringList{"--udp-port", "0", "--tcp-port", "0"} + arguments);
-        QElapsedTimer clock;
-        clock.start();
-        while (!process.canReadLine() && clock.elapsed() < 10000 &&
+        const QDeadlineTimer deadline(10000);
+        while (!process.canReadLine() && !deadline.hasExpired() &&
                process.state() != QProcess::NotRunning)
             process.waitForReadyRead(100);
         portLine = QString::fromUtf8(process.readLine()).trimmed();
@@ -90,19 +89,17 @@ private slots:
     // Refused before anything is bound; "PORT" stands for a UDP port another socket holds.
     void refusedAtStart_data()
     {
+        // clang-format off
         columns<QString, int, QString>("arguments", "exitCode", "error");
-        const auto row = [](const char *arguments, int exitCode, const char *error) {
-            QTest::addRow("%s", arguments) << arguments << exitCode << error;
-        };
-        row("--udp-port PORT", 2, "UDP port PORT on 127.0.0.1 is already in use");
-        row("--udp-port 65536", 1, "--udp-port must be 0 to 65535, not 65536");
-        row("--address 127.000.0.1", 1, "--address: 127.000.0.1 is not an IP address");
-        row("--delay -5", 1, "--delay must be 0 to 600000 ms, not -5");
-        row("--bus-error-range 2000-1000", 1,
-            "--bus-error-range must be FIRST-LAST in hexadecimal, not 2000-1000");
-        row("--source-file /nonexistent/src", 1, "--source-file: cannot read /nonexistent/src");
-        row("--sink-file /nonexistent/sink", 1, "--sink-file: cannot write /nonexistent/sink");
-        row("--eeprom FIFO", 1, "The EEPROM file FIFO is not a regular file");
+        QTest::addRow("--udp-port PORT") << "--udp-port PORT" << 2 << "UDP port PORT on 127.0.0.1 is already in use";
+        QTest::addRow("--udp-port 65536") << "--udp-port 65536" << 1 << "--udp-port must be 0 to 65535, not 65536";
+        QTest::addRow("--address 127.000.0.1") << "--address 127.000.0.1" << 1 << "--address: 127.000.0.1 is not an IP address";
+        QTest::addRow("--delay -5") << "--delay -5" << 1 << "--delay must be 0 to 600000 ms, not -5";
+        QTest::addRow("--bus-error-range 2000-1000") << "--bus-error-range 2000-1000" << 1 << "--bus-error-range must be FIRST-LAST in hexadecimal, not 2000-1000";
+        QTest::addRow("--source-file /nonexistent/src") << "--source-file /nonexistent/src" << 1 << "--source-file: cannot read /nonexistent/src";
+        QTest::addRow("--sink-file /nonexistent/sink") << "--sink-file /nonexistent/sink" << 1 << "--sink-file: cannot write /nonexistent/sink";
+        QTest::addRow("--eeprom FIFO") << "--eeprom FIFO" << 1 << "The EEPROM file FIFO is not a regular file";
+        // clang-format on
     }
     void refusedAtStart()
     {
@@ -132,9 +129,8 @@ private slots:
             to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
             ::connect(fd, reinterpret_cast<const sockaddr *>(&to), sizeof to);
             const QByteArray request = readRequest(0x7000, 255);
-            QElapsedTimer clock;
-            clock.start();
-            for (int i = 0; i < 20000000 && !stop && clock.elapsed() < 8000; ++i)
+            const QDeadlineTimer deadline(8000);
+            for (int i = 0; i < 20000000 && !stop && !deadline.hasExpired(); ++i)
                 ::send(fd, request.constData(), size_t(request.size()), 0);
             ::close(fd);
         }));

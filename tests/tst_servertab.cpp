@@ -64,9 +64,7 @@ private slots:
     {
         // clang-format off
         columns<QStringList, QByteArrayList, QByteArrayList>("faults", "segments", "replies");
-        const auto row = [](const char *name, const QByteArrayList &segments, const QByteArrayList &replies, const QStringList &faults = {}) {
-            QTest::addRow("%s", name) << faults << segments << replies;
-        };
+        const auto row = [](const char *name, const QByteArrayList &segments, const QByteArrayList &replies, const QStringList &faults = {}) { QTest::addRow("%s", name) << faults << segments << replies; };
         row("read 10 4", {"read 10 4\r\n"}, {kDump10});
         row("0x prefix", {"read 0x10 4\n"}, {kDump10});
         row("leading zeros, blanks", {"read  0010   4\r"}, {kDump10});

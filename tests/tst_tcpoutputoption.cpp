@@ -57,20 +57,17 @@ private slots:
     // rate in bps, kbps or Mbps with three digits and never in e-notation.
     void figures_data()
     {
+        // clang-format off
         columns<qint64, qint64, QLocale, QString>("bytes", "elapsedMs", "locale", "shown");
         const QLocale c = QLocale::c(), german(QLocale::German), american(QLocale::English);
-        const auto row = [](const char *name, qint64 bytes, qint64 ms, QLocale l,
-                            const char *text) {
-            QTest::addRow("%s", name) << bytes << ms << l << QString::fromUtf8(text);
-        };
-        row("1 kbps exactly", 1000, 8000, c, "1 KBytes, 8 sec, 1 kbps");
-        row("divisor 1000, 3 rate digits", 1024, 7, c, "1.024 KBytes, 0.007 sec, 1.17 Mbps");
-        row("rounds up to 1000 kbps", 999999, 8003, c, "999.999 KBytes, 8.003 sec, 1000 kbps");
-        row("6 size digits, gigabit in full", 1234567890, 1000, c,
-            "1234.57 MBytes, 1 sec, 9877 Mbps");
-        row("decimal comma", 1500000, 1500, german, "1.5 MBytes, 1,5 sec, 8 Mbps");
-        row("group separator, nothing", 0, 1234567, american, "0 Bytes, 1,234.57 sec, 0 bps");
-        row("zero elapsed counts as 1 ms", 1, 0, c, "1 Bytes, 0 sec, 8 kbps");
+        QTest::addRow("1 kbps exactly") << 1000ll << 8000ll << c << "1 KBytes, 8 sec, 1 kbps";
+        QTest::addRow("divisor 1000, 3 rate digits") << 1024ll << 7ll << c << "1.024 KBytes, 0.007 sec, 1.17 Mbps";
+        QTest::addRow("rounds up to 1000 kbps") << 999999ll << 8003ll << c << "999.999 KBytes, 8.003 sec, 1000 kbps";
+        QTest::addRow("6 size digits, gigabit in full") << 1234567890ll << 1000ll << c << "1234.57 MBytes, 1 sec, 9877 Mbps";
+        QTest::addRow("decimal comma") << 1500000ll << 1500ll << german << "1.5 MBytes, 1,5 sec, 8 Mbps";
+        QTest::addRow("group separator, nothing") << 0ll << 1234567ll << american << "0 Bytes, 1,234.57 sec, 0 bps";
+        QTest::addRow("zero elapsed counts as 1 ms") << 1ll << 0ll << c << "1 Bytes, 0 sec, 8 kbps";
+        // clang-format on
     }
     void figures()
     {
@@ -89,28 +86,22 @@ private slots:
     // Sizes above 2 GiB are divided by 1000 until they fit the bar; a stopped send reports loss.
     void progressBarAndLoss_data()
     {
+        // clang-format off
         // shown: bar value / maximum, loss text
         columns<qint64, qint64, QString>("fileSize", "sentSize", "shown");
-        const auto row = [](const char *name, qint64 fileSize, qint64 sentSize, const char *text) {
-            QTest::addRow("%s", name) << fileSize << sentSize << QString::fromUtf8(text);
-        };
-        row("3 GB in thousands", 3000000000, 750000999,
-            "750000/3000000 loss 2249999001 / 3000000000 bytes (75%)");
-        row("divided as often as needed", 3000000000000000, 0,
-            "0/3000000 loss 3000000000000000 / 3000000000000000 bytes (100%)");
-        row("default precision", 3, 1, "1/3 loss 2 / 3 bytes (66.6667%)");
-        row("empty file", 0, 0, "0/0 loss 0 / 0 bytes (0%)");
+        QTest::addRow("3 GB in thousands") << 3000000000ll << 750000999ll << "750000/3000000 loss 2249999001 / 3000000000 bytes (75%)";
+        QTest::addRow("divided as often as needed") << 3000000000000000ll << 0ll << "0/3000000 loss 3000000000000000 / 3000000000000000 bytes (100%)";
+        QTest::addRow("default precision") << 3ll << 1ll << "1/3 loss 2 / 3 bytes (66.6667%)";
+        QTest::addRow("empty file") << 0ll << 0ll << "0/0 loss 0 / 0 bytes (0%)";
+        // clang-format on
     }
     void progressBarAndLoss()
     {
         QFETCH(qint64, fileSize);
         QFETCH(qint64, sentSize);
         const ProgressBarRange bar = TransferFigures::progressBarRange(fileSize, sentSize);
-        QTEST(QStringLiteral("%1/%2 %3")
-                  .arg(bar.value)
-                  .arg(bar.maximum)
-                  .arg(TransferFigures::lossText(sentSize, fileSize)),
-              "shown");
+        const QString loss = TransferFigures::lossText(sentSize, fileSize);
+        QTEST(QString("%1/%2 %3").arg(bar.value).arg(bar.maximum).arg(loss), "shown");
     }
 };
 

@@ -22,17 +22,12 @@ private slots:
         // clang-format off
         // faults "port 0": the request is not sent; result: the access seen, or the error shown
         columns<bool, bool, QString, QString, QString, QString, QString>("write", "expert", "faults", "address", "length", "data", "result");
-        const auto row = [](const char *name, bool write, bool expert, const char *faults,
-                            const char *address, const char *length, const char *data,
-                            const QString &result) {
-            QTest::addRow("%s", name) << write << expert << faults << address << length << data << result;
-        };
+        const auto row = [](const char *name, bool write, bool expert, const char *faults, const char *address, const char *length, const char *data, const QString &result) { QTest::addRow("%s", name) << write << expert << faults << address << length << data << result; };
         const char *pastEnd = "Accessible range is 0x0 to 0xffffffff";
         const char *top = "Writing in domain after 0xFFFF0000 is not permitted";
         const char *end = "Writing in domain after 0xFFFFFFFF is not permitted";
         const char *notHex = "Written data is specified in hex number with a space";
-        const bool w = true;
-        const bool x = true;
+        const bool w = true, x = true;
         row("read 255 bytes ending at the last address", !w, !x, "", "FFFFFF00", "255", "", "read ffffff00 255");
         row("read 255 bytes one past the end", !w, x, "", "FFFFFF01", "255", "", pastEnd);
         row("nine-digit address", !w, !x, "", "100000000", "4", "", "Set register address 8 character hex number");
