@@ -25,8 +25,8 @@
 #include <QLibraryInfo>
 #include <QLineEdit>
 #include <QLocale>
-#include <QPushButton>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTabBar>
