@@ -28,6 +28,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -41,7 +42,7 @@ constexpr int kWarmUp = 500;
 constexpr int kTimeoutMs = 2000;
 constexpr int kRunLimitMs = 60000; // a run that takes longer is broken
 const char kCommand[] = "read 0 16\r\n";
-const std::string kPrompt = "\r\nMavixUtil>";
+constexpr std::string_view kPrompt = "\r\nMavixUtil>";
 
 QByteArray loadAverage()
 {
