@@ -520,8 +520,8 @@ void TCPThread::closeAfterSending()
     }
     LOG_INFO_MSG("flush socket");
     m_socket->flush();
-    m_closeDeadline = nowMsec() + kCloseReserveMs;
-    reserveCloseSocket(kCloseReserveMs);
+    m_closeDeadline = nowMsec() + m_closeReserveMs;
+    reserveCloseSocket(m_closeReserveMs);
 }
 
 void TCPThread::emitSendProgress(bool force)

@@ -60,6 +60,8 @@ public:
 
     // Replaces the connect, write and close time-outs (the constants above by default).
     void setTimeouts(int connectMs, int writeMs, int disconnectMs);
+    // Replaces how long a finished send waits before it closes the socket.
+    void setCloseReserveMs(int ms) { m_closeReserveMs = ms; }
 
     // The registered worker, or null when none exists.
     [[nodiscard]] static TCPThread *instance();
@@ -158,6 +160,7 @@ private:
     std::atomic<int> m_connectTimeoutMs{kConnectTimeoutMs};
     std::atomic<int> m_writeTimeoutMs{kWriteTimeoutMs};
     std::atomic<int> m_disconnectTimeoutMs{kDisconnectTimeoutMs};
+    std::atomic<int> m_closeReserveMs{kCloseReserveMs};
     bool m_sendStopped = false; // the user stopped the send: unsent bytes are dropped at close
 
     // Send run

@@ -48,6 +48,7 @@ public:
         model = std::make_unique<AppModel>();
         thread.start();
         worker = new TCPThread(&thread);
+        worker->setCloseReserveMs(50);
         port = std::make_unique<SimDataPort>();
         pointWorkerAt(port->start(QHostAddress::LocalHost, 0));
         QVERIFY(MavixSetting::current().tcpDataPort == port->port());

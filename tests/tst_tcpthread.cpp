@@ -77,7 +77,7 @@ private slots:
         QVERIFY(readFile(m_rig.dir.filePath("sink.bin")) == bytes);
         QTEST(shown.section('\n', 0, 0) + ' ' + QString::number(shownBytes), "shown");
         QCOMPARE(m_runReports, QStringList{"Sending " + m_rig.dir.filePath("send.bin")});
-        QCOMPARE(m_rig.logCount("reserve to close socket [after 1000msec]"), 1);
+        QCOMPARE(m_rig.logCount("reserve to close socket [after 50msec]"), 1);
     }
     // The write time-out, injected short, ends the run once.
     void stuckDeviceTimesOutOnce()
@@ -132,6 +132,7 @@ private slots:
             m_rig.port->setKeepOpen(true);
         } else if (peer == "echo") {
             m_rig.model->setSendFileName(m_rig.file("hello.txt", "hello"));
+            m_rig.worker->setCloseReserveMs(1000); // the real reservation keeps the socket open
             m_rig.worker->beginSendThread();
             QTRY_VERIFY(m_events.contains("w "));
             QTest::qWait(200); // the echo reaches the socket unannounced
