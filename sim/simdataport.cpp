@@ -1,5 +1,7 @@
 #include "sim/simdataport.h"
 
+#include "sim/ownthread.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
@@ -105,13 +107,8 @@ quint16 SimDataPort::start(const QHostAddress &address, quint16 port)
         setError(QStringLiteral("the data port cannot move to a thread of its own"));
         return 0;
     }
-    m_thread.setObjectName(QStringLiteral("SimDataPort"));
-    m_thread.start();
-    moveToThread(&m_thread);
-    bool listening = false;
-    QMetaObject::invokeMethod(
-        this, [&] { listening = listenHere(address, port); }, Qt::BlockingQueuedConnection);
-    if (!listening) {
+    if (!runOnOwnThread(this, &m_thread, QStringLiteral("SimDataPort"),
+                        [&] { return listenHere(address, port); })) {
         stop();
         return 0;
     }
@@ -125,20 +122,7 @@ bool SimDataPort::listen(const QHostAddress &address, quint16 port)
 
 void SimDataPort::stop()
 {
-    if (!m_thread.isRunning()) {
-        stopHere();
-        return;
-    }
-    QThread *owner = QThread::currentThread();
-    QMetaObject::invokeMethod(
-        this,
-        [this, owner] {
-            stopHere();
-            moveToThread(owner);
-        },
-        Qt::BlockingQueuedConnection);
-    m_thread.quit();
-    m_thread.wait();
+    leaveOwnThread(this, &m_thread, [this] { stopHere(); });
 }
 
 bool SimDataPort::listenHere(const QHostAddress &address, quint16 port)

@@ -1,5 +1,7 @@
 #include "sim/simgpib.h"
 
+#include "sim/ownthread.h"
+
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -60,13 +62,8 @@ quint16 SimGpib::start(const QHostAddress &address, quint16 port)
 {
     if (parent() || m_thread.isRunning())
         return 0;
-    m_thread.setObjectName(QStringLiteral("SimGpib"));
-    m_thread.start();
-    moveToThread(&m_thread);
-    bool listening = false;
-    QMetaObject::invokeMethod(
-        this, [&] { listening = listenHere(address, port); }, Qt::BlockingQueuedConnection);
-    if (!listening) {
+    if (!runOnOwnThread(this, &m_thread, QStringLiteral("SimGpib"),
+                        [&] { return listenHere(address, port); })) {
         stop();
         return 0;
     }
@@ -80,20 +77,7 @@ bool SimGpib::listen(const QHostAddress &address, quint16 port)
 
 void SimGpib::stop()
 {
-    if (!m_thread.isRunning()) {
-        stopHere();
-        return;
-    }
-    QThread *owner = QThread::currentThread();
-    QMetaObject::invokeMethod(
-        this,
-        [this, owner] {
-            stopHere();
-            moveToThread(owner);
-        },
-        Qt::BlockingQueuedConnection);
-    m_thread.quit();
-    m_thread.wait();
+    leaveOwnThread(this, &m_thread, [this] { stopHere(); });
 }
 
 quint16 SimGpib::port() const

@@ -96,13 +96,8 @@ TCPOutputOption *TCPRecvInfoDlg::option()
 // as finished.
 void TCPRecvInfoDlg::showRunReport(const QString &text, bool error)
 {
-    if (error) {
+    if (TransferFigureFields::showRunReport(m_ui->FileLabel, m_ui->ErrorLabel, text, error))
         m_failed = true;
-        m_ui->ErrorLabel->setText(text);
-    } else {
-        const QString shown = m_ui->FileLabel->text();
-        m_ui->FileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
-    }
 }
 
 // Flags and format

@@ -30,3 +30,15 @@ void TransferFigureFields::show(qint64 bytes, qint64 elapsedMs) const
     rate->setText(rateFigure.value);
     rateUnit->setText(rateFigure.unit);
 }
+
+bool TransferFigureFields::showRunReport(QLabel *fileLabel, QLabel *errorLabel,
+                                         const QString &text, bool error)
+{
+    if (error) {
+        errorLabel->setText(text);
+    } else {
+        const QString shown = fileLabel->text();
+        fileLabel->setText(shown.isEmpty() ? text : shown + QLatin1Char('\n') + text);
+    }
+    return error;
+}

@@ -6,6 +6,7 @@
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QString;
 
 struct TransferFigureFields
 {
@@ -23,4 +24,9 @@ struct TransferFigureFields
     void prepare(QPlainTextEdit *dataArea) const;
     // Shows `bytes` moved in `elapsedMs`.
     void show(qint64 bytes, qint64 elapsedMs) const;
+
+    // The file of the run and how it ended go under `fileLabel`; a failure, in red, into
+    // `errorLabel`. Returns whether `text` reports a failure.
+    static bool showRunReport(QLabel *fileLabel, QLabel *errorLabel, const QString &text,
+                              bool error);
 };
