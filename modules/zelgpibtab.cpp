@@ -6,6 +6,7 @@
 #include "ui_zelgpibtab.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
+#include "wren/wrenreport.h"
 
 #include <QFontDatabase>
 #include <QHostAddress>
@@ -65,10 +66,7 @@ bool ZELGPIBTab::canBeginOperation() const
 
 void ZELGPIBTab::reportAccessFailure(const WrenError &error, const QString &timeoutMessage)
 {
-    if (error.code == WrenError::Timeout)
-        reportError(timeoutMessage);
-    if (!error.reason.isEmpty())
-        reportError(error.reason);
+    reportWrenError(error, timeoutMessage);
     emit transmissionFailed();
 }
 
