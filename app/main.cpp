@@ -7,6 +7,8 @@
 #include "app/signalwatcher.h"
 #include "app/startupoptions.h"
 #include "app/startupwarning.h"
+#include "server/serveroptions.h"
+#include "server/servertab.h"
 #include "ui/mainwindow.h"
 
 #include <QApplication>
@@ -47,6 +49,7 @@ int main(int argc, char *argv[])
     preferPlainEventDispatcher();
     QApplication app(argc, argv);
     const StartupOptions options = parseStartupArguments(app.arguments(), showInvalidPortWarning);
+    const ServerOptions serverOptions = parseServerArguments(app.arguments(), showStartupWarning);
     // A log that cannot be opened is said once the window can show it.
     const QString logProblem = openRequestedLog(options, QStringLiteral("MavixUtility.log"));
     if (options.loggingRequested)
@@ -61,6 +64,11 @@ int main(int argc, char *argv[])
     {
         AppContext context(options.expert, options.serverMode, options.uiPort, false, nullptr,
                            options.target);
+        // Clients are taken only once the event loop runs, with these already in force.
+        if (ServerTab *server = context.mainWindow()->serverTab()) {
+            server->setAllowRule(serverOptions.allow);
+            (void)server->setFileFolder(serverOptions.folder);
+        }
         context.mainWindow()->show();
         if (!logProblem.isEmpty())
             reportError(logProblem);

@@ -9,3 +9,8 @@ void showInvalidPortWarning()
     QMessageBox::warning(nullptr, QString(),
                          QCoreApplication::translate("Startup", "Server mode, uiport is invalid"));
 }
+
+void showStartupWarning(const QString &text)
+{
+    QMessageBox::warning(nullptr, QString(), text);
+}

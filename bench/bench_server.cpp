@@ -2,20 +2,23 @@
 // direct 16-byte reads through WrenAgent, in one run, both against the same in-process mavix-sim
 // (its own thread) through the same agent and access gate.
 // Server figure: a plain POSIX blocking TCP client (Nagle off) on its own thread sends the line and
-// reads up to the prompt, as a script would; the server runs on the main thread's event loop, its
-// tab hidden unless "--show-tab" is given (then its log view is laid out as lines come). Direct
-// figure: the main thread calls WrenAgent::read in a loop. Both are timed over kRoundTrips after a
-// warm-up, kRepetitions times, alternating so that both see the same machine load; the median, min
-// and max of each are printed and, last, "ratio: X" = server median / direct median. Every run is
-// bounded: a receive time-out per round trip and a limit per run.
+// reads up to the prompt, as a script would; the server (RCServer, no window) runs on the main
+// thread's event loop. Direct figure: the main thread calls WrenAgent::read in a loop. Both are
+// timed over kRoundTrips after a warm-up, kRepetitions times, alternating so that both see the
+// same machine load; the median, min and max of each are printed and "ratio: X" = server median /
+// direct median.
+// Flood figure: a second client sends kFloodBytes without a line end and never reads, while the
+// first runs "read 0 16" round trips; printed are the growth of the process's peak resident
+// memory and the slowest round trip. Every run is bounded: a receive time-out per round trip, a
+// send time-out for the flood and a limit per run.
 #include "app/eventdispatcher.h"
-#include "server/servertab.h"
+#include "server/rcserver.h"
 #include "settings/mavixsetting.h"
 #include "sim/mavixsim.h"
 #include "sim/simthread.h"
 #include "wren/wrenagent.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTimer>
@@ -23,6 +26,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <netinet/in.h>
@@ -41,6 +45,7 @@ constexpr int kRepetitions = 11;
 constexpr int kWarmUp = 500;
 constexpr int kTimeoutMs = 2000;
 constexpr int kRunLimitMs = 60000; // a run that takes longer is broken
+constexpr qint64 kFloodBytes = qint64(1) << 30;
 const char kCommand[] = "read 0 16\r\n";
 constexpr std::string_view kPrompt = "\r\nMavixUtil>";
 
@@ -48,6 +53,38 @@ QByteArray loadAverage()
 {
     QFile file(QStringLiteral("/proc/loadavg"));
     return file.open(QIODevice::ReadOnly) ? file.readLine().trimmed() : QByteArray("unknown");
+}
+
+// "VmRSS:" or "VmHWM:" of this process in KiB.
+qint64 memoryKiB(const char *field)
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(int(std::strlen(field))).trimmed().split(' ').value(0).toLongLong();
+    }
+    return 0;
+}
+
+int connectTo(quint16 port)
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    timeval timeout{kTimeoutMs / 1000, 0};
+    ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+    const int one = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
 }
 
 double median(std::vector<double> v)
@@ -60,37 +97,35 @@ double median(std::vector<double> v)
 class LineClient
 {
 public:
-    explicit LineClient(quint16 port)
+    explicit LineClient(quint16 port) : m_fd(connectTo(port))
     {
-        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
-        timeval timeout{kTimeoutMs / 1000, 0};
-        ::setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-        const int one = 1;
-        ::setsockopt(m_fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        m_ok = ::connect(m_fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-               readToPrompt().find("OK:Connected") != std::string::npos;
+        m_ok = m_fd >= 0 && readToPrompt().find("OK:Connected") != std::string::npos;
     }
-    ~LineClient() { ::close(m_fd); }
+    ~LineClient()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
     LineClient(const LineClient &) = delete;
     LineClient &operator=(const LineClient &) = delete;
 
     [[nodiscard]] bool ok() const { return m_ok; }
 
-    // Returns the number of failed round trips.
-    int roundTrips(int count, const std::atomic<bool> &stop)
+    // Returns the number of failed round trips; the slowest one in *slowestNs when given.
+    int roundTrips(int count, const std::atomic<bool> &stop, qint64 *slowestNs = nullptr)
     {
         int failed = 0;
+        QElapsedTimer trip;
         for (int i = 0; i < count && !stop; ++i) {
+            trip.start();
             if (::send(m_fd, kCommand, sizeof kCommand - 1, 0) < 0) {
                 ++failed;
                 continue;
             }
             if (readToPrompt().find("OK:\r\n00 : ") == std::string::npos)
                 ++failed;
+            if (slowestNs)
+                *slowestNs = qMax(*slowestNs, trip.nsecsElapsed());
         }
         return failed;
     }
@@ -140,6 +175,69 @@ double serverRate(LineClient &client, int count, int *failed)
     return count * 1e9 / double(qMax<qint64>(clock.nsecsElapsed(), 1));
 }
 
+struct FloodFigures
+{
+    qint64 sent = 0;
+    qint64 peakGrowthKiB = 0;
+    qint64 slowestNs = 0;
+    int roundTrips = 0;
+    bool dropped = false;
+};
+
+// One client sends kFloodBytes without a line end and without reading; meanwhile `client` runs
+// round trips until the flood ends. The event loop serves both on this thread.
+FloodFigures flood(LineClient &client, quint16 port, int *failed)
+{
+    FloodFigures figures;
+    const int floodFd = connectTo(port);
+    if (floodFd < 0) {
+        ++*failed;
+        return figures;
+    }
+    // The peak is measured from here: the kernel resets it on request.
+    QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
+    if (clearRefs.open(QIODevice::WriteOnly))
+        clearRefs.write("5");
+    const qint64 start = memoryKiB("VmRSS:");
+    std::atomic<bool> stop{false};
+    std::thread flooder([&] {
+        const std::string chunk(64 * 1024, 'x');
+        while (figures.sent < kFloodBytes && !stop) {
+            const ssize_t n = ::send(floodFd, chunk.data(), chunk.size(), MSG_NOSIGNAL);
+            if (n <= 0) {
+                figures.dropped = n < 0 && errno != EAGAIN && errno != EWOULDBLOCK;
+                if (figures.dropped)
+                    break;
+                continue; // the send time-out: the server holds it back; try again
+            }
+            figures.sent += n;
+        }
+        stop = true;
+    });
+    int clientFailed = 0;
+    std::thread roundTripper([&] {
+        while (!stop) {
+            clientFailed += client.roundTrips(1, stop, &figures.slowestNs);
+            ++figures.roundTrips;
+        }
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    QTimer limit;
+    limit.setSingleShot(true);
+    QObject::connect(&limit, &QTimer::timeout, qApp, &QCoreApplication::quit);
+    limit.start(kRunLimitMs);
+    QCoreApplication::exec();
+    stop = true;
+    flooder.join();
+    roundTripper.join();
+    ::close(floodFd);
+    if (!limit.isActive())
+        ++*failed;
+    *failed += clientFailed;
+    figures.peakGrowthKiB = memoryKiB("VmHWM:") - start;
+    return figures;
+}
+
 double directRate(WrenAgent &agent, int count, int *failed)
 {
     QElapsedTimer clock;
@@ -160,9 +258,7 @@ double directRate(WrenAgent &agent, int count, int *failed)
 int main(int argc, char *argv[])
 {
     preferPlainEventDispatcher();
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
-    QApplication app(argc, argv);
+    QCoreApplication app(argc, argv);
     SimThread device;
     if (!device.start()) {
         std::fprintf(stderr, "bench_server: %s\n", qPrintable(device.errorString()));
@@ -175,11 +271,9 @@ int main(int argc, char *argv[])
     MavixSetting::setCurrent(target);
     WrenAgent agent;
     agent.setTarget(QHostAddress(QHostAddress::LocalHost), device.udpPort());
-    ServerTab server;
+    RCServer server;
     server.setAgent(&agent);
     server.setPort(0);
-    if (QCoreApplication::arguments().contains(QStringLiteral("--show-tab")))
-        server.show();
     if (!server.start()) {
         std::fprintf(stderr, "bench_server: cannot listen\n");
         return 1;
@@ -227,6 +321,13 @@ int main(int argc, char *argv[])
                 *serverMin, *serverMax);
     std::printf("direct  read 16 B: median %7.0f/s  min %7.0f  max %7.0f\n", median(directRates),
                 *directMin, *directMax);
+    const FloodFigures figures = flood(*client, server.serverPort(), &failed);
+    std::printf("flood: %lld MiB sent without a line end%s; meanwhile %d round trips\n",
+                figures.sent >> 20, figures.dropped ? " (dropped by the server)" : "",
+                figures.roundTrips);
+    std::printf("flood: peak RSS growth %.1f MB (goal < 50), slowest round trip %.1f ms "
+                "(goal < 100)\n",
+                double(figures.peakGrowthKiB) * 1024 / 1e6, double(figures.slowestNs) / 1e6);
     std::printf("load average at end: %s\n", loadAverage().constData());
     std::printf("failed round trips: %d\n", failed);
     std::printf("ratio: %.2f\n", median(serverRates) / median(directRates));

@@ -1,5 +1,6 @@
 // The server's command interpreter: each input is one command line, run against mavix-sim on its
-// own thread. Lines that name files are run in a scratch folder, and never with a path separator.
+// own thread. Files are named relative to the server's file folder, a scratch folder inside
+// another one; whatever the line, nothing appears beside it.
 #include "fuzzinput.h"
 #include "server/commandinterpreter.h"
 #include "settings/mavixsetting.h"
@@ -16,9 +17,9 @@ struct Bench
     Bench()
     {
         fuzzApplication();
-        if (!simThread.start() || !scratch.isValid())
+        if (!simThread.start() || !outside.isValid() || !QDir(outside.path()).mkdir(kInner))
             __builtin_trap();
-        QDir::setCurrent(scratch.path());
+        QDir::setCurrent(outside.path());
         // The interpreter aims the agent at the program-wide target before each access.
         MavixSetting target;
         target.ipAddress = QStringLiteral("127.0.0.1");
@@ -26,9 +27,14 @@ struct Bench
         MavixSetting::setCurrent(target);
         agent.setTarget(QHostAddress::LocalHost, simThread.udpPort());
         interpreter.setAgent(&agent);
+        FileFolder folder;
+        if (!folder.setPath(outside.filePath(kInner)))
+            __builtin_trap();
+        interpreter.setFileFolder(folder);
         interpreter.setAccessTimeoutMs(200);
     }
-    QTemporaryDir scratch;
+    static constexpr QLatin1StringView kInner{"inner"};
+    QTemporaryDir outside; // the working directory; the folder is inside: nothing else may appear
     SimThread simThread;
     WrenAgent agent;
     CommandInterpreter interpreter;
@@ -40,10 +46,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static Bench bench;
     const QByteArray bytes = fuzzBytes(data, size);
-    if (bytes.contains('/') || bytes.contains('\\'))
+    // Absolute names are refused too, but a fault there would write anywhere: they are left out.
+    if (bytes.contains(" /"))
         return 0;
     const QString line = QString::fromUtf8(bytes);
     (void)bench.interpreter.run(CommandInterpreter::withoutTerminator(line));
+    // Whatever the line, no file appears outside the folder (names with ".." or "/" included).
+    if (QDir(bench.outside.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System |
+                                             QDir::Hidden) != QStringList{Bench::kInner})
+        __builtin_trap();
     // Whatever the line, the agent still talks only to the emulator.
     if (bench.agent.targetPort() != bench.simThread.udpPort() ||
         bench.agent.targetAddress() != QHostAddress(QHostAddress::LocalHost))

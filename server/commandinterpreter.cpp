@@ -4,9 +4,11 @@
 #include "settings/mavixsetting.h"
 #include "wren/wrenagent.h"
 
-#include <QFile>
 #include <QHash>
 #include <QHostAddress>
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -55,19 +57,38 @@ QByteArray readFailureReply(quint32 code)
     }
 }
 
-// Hex pairs from the start of the word; a trailing odd digit is ignored. Empty optional-like
-// result through `ok` when a pair does not parse.
-QByteArray hexPairs(const QString &word, bool *ok)
+bool isHexDigits(QStringView text)
 {
-    QByteArray bytes;
-    *ok = true;
-    for (qsizetype i = 0; i + 1 < word.size(); i += 2) {
-        const uint value = word.mid(i, 2).toUInt(ok, 16);
-        if (!*ok)
-            return {};
-        bytes.append(char(value));
-    }
-    return bytes;
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
+        return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+    });
+}
+
+// A register address as typed: hex digits, "0x" allowed in front, any number of leading zeros,
+// and no more than 32 bits. Nothing is cut off: a wider value is no address.
+std::optional<quint32> parseAddress(const QString &word)
+{
+    QStringView digits(word);
+    if (digits.startsWith(u"0x") || digits.startsWith(u"0X"))
+        digits = digits.mid(2);
+    if (!isHexDigits(digits))
+        return std::nullopt;
+    while (digits.size() > 1 && digits.front() == u'0')
+        digits = digits.mid(1);
+    if (digits.size() > 8)
+        return std::nullopt;
+    return quint32(digits.toULong(nullptr, 16));
+}
+
+// A length in plain decimal digits.
+std::optional<int> parseLength(const QString &word)
+{
+    const bool digits = !word.isEmpty() && std::all_of(word.begin(), word.end(), [](QChar c) {
+        return c >= u'0' && c <= u'9';
+    });
+    bool ok = false;
+    const int value = digits ? word.toInt(&ok, 10) : 0;
+    return ok ? std::optional<int>(value) : std::nullopt;
 }
 
 } // namespace
@@ -102,11 +123,11 @@ CommandInterpreter::Result CommandInterpreter::unknown()
 
 CommandInterpreter::Result CommandInterpreter::read(const QStringList &words) const
 {
-    bool addressOk = false;
-    bool lengthOk = false;
-    const quint32 address = quint32(words.value(1).toULongLong(&addressOk, 16));
-    const int length = words.value(2).toInt(&lengthOk, 10);
-    if ((words.size() != 3 && words.size() != 4) || !addressOk || !lengthOk || length < 1 ||
+    const std::optional<quint32> parsedAddress = parseAddress(words.value(1));
+    const std::optional<int> parsedLength = parseLength(words.value(2));
+    const quint32 address = parsedAddress.value_or(0);
+    const int length = parsedLength.value_or(0);
+    if ((words.size() != 3 && words.size() != 4) || !parsedAddress || !parsedLength || length < 1 ||
         length > kMaxReadLength || quint64(address) + quint64(length) - 1 > 0xFFFFFFFFull) {
         LOG_ERROR(tr("Server mode, invalid read command"));
         return Result{QByteArrayLiteral("NG:invalid read command"), true, {}, Outcome::None};
@@ -128,9 +149,7 @@ CommandInterpreter::Result CommandInterpreter::read(const QStringList &words) co
     }
     const QByteArray text = dump(address, data.left(length));
     if (words.size() == 4) {
-        QFile file(words.at(3));
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-            file.write(text) != text.size() || !file.flush()) {
+        if (!m_folder.write(words.at(3), text)) {
             return Result{QByteArrayLiteral("NG:\r\nread command can not open the file"),
                           true,
                           {},
@@ -151,27 +170,28 @@ CommandInterpreter::Result CommandInterpreter::write(const QStringList &words) c
 {
     if (words.size() != 3)
         return invalidWrite();
-    bool addressOk = false;
-    const quint32 address = quint32(words.at(1).toULongLong(&addressOk, 16));
-    bool hexOk = false;
-    QByteArray data = hexPairs(words.at(2), &hexOk);
-    if (!hexOk) {
-        // Not hex: the word names a file whose raw bytes are written. One byte past the limit is
-        // enough to refuse it, so a huge file is never loaded.
-        QFile file(words.at(2));
-        if (!file.open(QIODevice::ReadOnly))
-            return invalidWrite(Outcome::Failed);
-        data = file.read(kMaxWriteSize + 1);
-    }
-    if (!addressOk)
+    const std::optional<quint32> address = parseAddress(words.at(1));
+    const QString &dataWord = words.at(2);
+    QByteArray data;
+    if (isHexDigits(dataWord)) {
+        // Every digit is written or none: an odd one out is refused, never dropped.
+        if (dataWord.size() % 2 != 0)
+            return invalidWrite();
+        data = QByteArray::fromHex(dataWord.toLatin1());
+    } else if (!m_folder.read(dataWord, kMaxWriteSize + 1, &data)) {
+        // Not hex: the word names a file in the server's folder whose raw bytes are written. One
+        // byte past the limit is enough to refuse it, so a huge file is never loaded.
         return invalidWrite(Outcome::Failed);
-    if (data.size() > kMaxWriteSize || quint64(address) + quint64(data.size()) > kWriteLimit)
+    }
+    if (!address)
+        return invalidWrite(Outcome::Failed);
+    if (data.size() > kMaxWriteSize || quint64(*address) + quint64(data.size()) > kWriteLimit)
         return invalidWrite();
     try {
         if (!m_agent)
             throw WrenError{WrenError::Timeout, {}};
         aimAgent();
-        (void)m_agent->write(address, data, m_accessTimeoutMs, true);
+        (void)m_agent->write(*address, data, m_accessTimeoutMs, true);
     } catch (const WrenError &error) {
         QByteArray reply;
         if (error.code == WrenError::Timeout) {

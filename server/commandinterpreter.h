@@ -2,6 +2,8 @@
 // with "OK:"/"NG:" replies. Runs the device accesses through the agent; knows nothing of sockets.
 #pragma once
 
+#include "server/filefolder.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QHostAddress>
@@ -34,6 +36,9 @@ public:
     static constexpr int kDumpBytesPerLine = 16;
 
     void setAgent(WrenAgent *agent) { m_agent = agent; }
+    // The folder whose files read and write may name.
+    void setFileFolder(const FileFolder &folder) { m_folder = folder; }
+    [[nodiscard]] const FileFolder &fileFolder() const { return m_folder; }
     // Time-out of each device access; tests shorten it.
     void setAccessTimeoutMs(int timeoutMs) { m_accessTimeoutMs = timeoutMs; }
 
@@ -54,6 +59,7 @@ private:
 
     WrenAgent *m_agent = nullptr;
     int m_accessTimeoutMs = 10000;
+    FileFolder m_folder;
     mutable QString m_targetText;
     mutable QHostAddress m_targetAddress;
 };

@@ -1,12 +1,14 @@
 // The remote-control listening socket: accepts connections on the server-mode port and hands
-// each one over as an RCClient, numbered 0, 1, 2... over the whole run.
+// each one over as an RCClient, numbered 0, 1, 2... over the whole run. A peer outside the allow
+// rule, or one over the cap on clients, gets one "NG:" line and is disconnected without a number.
 #pragma once
 
-#include <QObject>
-#include <QPointer>
+#include "server/allowrule.h"
 
-class AccessGate;
+#include <QObject>
+
 class QTcpServer;
+class QTcpSocket;
 class RCClient;
 
 class RCListener : public QObject
@@ -14,6 +16,11 @@ class RCListener : public QObject
     Q_OBJECT
 
 public:
+    enum class Refusal { NotAllowed, TooManyClients };
+    Q_ENUM(Refusal)
+
+    static constexpr int kMaxClients = 32;
+
     explicit RCListener(QObject *parent = nullptr);
     ~RCListener() override;
 
@@ -24,17 +31,25 @@ public:
     [[nodiscard]] quint16 serverPort() const;
     [[nodiscard]] QString errorString() const;
 
-    // Clients wait for their written bytes through this gate.
-    void setGate(AccessGate *gate) { m_gate = gate; }
+    void setAllowRule(const AllowRule &rule) { m_allow = rule; }
+    [[nodiscard]] const AllowRule &allowRule() const { return m_allow; }
+    // Time-out of the clients' pending output; tests shorten it.
+    void setSendTimeoutMs(int timeoutMs) { m_sendTimeoutMs = timeoutMs; }
+    // Sessions not yet ended.
+    [[nodiscard]] int clientCount() const;
 
 signals:
     void connected(RCClient *handle);
+    void refused(const QString &peer, RCListener::Refusal reason);
 
 public slots:
     void getConnection();
 
 private:
+    void refuse(QTcpSocket *socket, const QByteArray &line);
+
     QTcpServer *m_server = nullptr;
     quint64 m_nextId = 0;
-    QPointer<AccessGate> m_gate;
+    AllowRule m_allow;
+    int m_sendTimeoutMs;
 };

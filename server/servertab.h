@@ -1,12 +1,8 @@
-// The Server tab (server mode): the remote-control service and its log. Command lines from every
-// client wait in one queue and run one at a time, in arrival order, each holding the access gate,
-// and never inside another device operation's wait.
+// The Server tab (server mode): shows where the remote-control server listens, whom it lets in,
+// the folder of its files, and its log. The server itself is an RCServer, which runs without any
+// window as well.
 #pragma once
 
-#include "server/commandinterpreter.h"
-
-#include <QList>
-#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 #include <QWidget>
@@ -16,9 +12,9 @@
 namespace Ui {
 class ServerTab;
 }
+class AllowRule;
 class QPlainTextEdit;
-class RCClient;
-class RCListener;
+class RCServer;
 class WrenAgent;
 
 class ServerTab : public QWidget
@@ -37,46 +33,36 @@ public:
     // Set-up by the main window
     void setAgent(WrenAgent *agent);
     void setLogView(QPlainTextEdit *view);
-    void setPort(int port) { m_port = port; }
+    void setPort(int port);
     bool start();
+    // Set-up from the command line: who else may connect, and the folder of the files.
+    void setAllowRule(const AllowRule &rule);
+    bool setFileFolder(const QString &path);
     // The port listened on (the system's choice when started with port 0), 0 when not listening.
     [[nodiscard]] quint16 serverPort() const;
     // Time-out of each device access made for a client; tests shorten it.
-    void setAccessTimeoutMs(int timeoutMs) { m_interpreter.setAccessTimeoutMs(timeoutMs); }
+    void setAccessTimeoutMs(int timeoutMs);
+    [[nodiscard]] RCServer *server() const { return m_server; }
 
 signals:
     void transmissionSuccessed();
     void transmissionFailed();
 
 public slots:
-    void addNewClient(RCClient *client);
+    // A line from the client that sent the signal, as the server's own sessions deliver them.
     void runCommand(const QString &text);
-    void deleteClient();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    struct PendingLine
-    {
-        QPointer<RCClient> client;
-        QString text;
-    };
-
-    void scheduleNext();
-    void runNext();
-    void execute(const PendingLine &line);
     void appendLog(const QString &line);
     void flushLog();
+    void showStatus();
 
     std::unique_ptr<Ui::ServerTab> m_ui;
-    WrenAgent *m_agent = nullptr;
+    RCServer *m_server = nullptr;
     QPlainTextEdit *m_logView = nullptr;
-    RCListener *m_listener = nullptr;
-    int m_port = 0;
-    CommandInterpreter m_interpreter;
-    QList<PendingLine> m_queue;
-    int m_running = 0; // a command or a greeting is being sent
     QStringList m_pendingLog;
     QTimer *m_logTimer = nullptr;
 };

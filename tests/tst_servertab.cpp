@@ -1,7 +1,8 @@
-// The remote-control server against the emulator on loopback: real TCP clients get exact replies;
-// device faults, line assembly, many clients, a busy device gate, a port already in use.
+// The Server tab: the view of the remote-control server, with the entry points the main window
+// uses; real TCP clients against the emulator on loopback. The server itself: tst_rcserver.
 #include "app/accessgate.h"
 #include "app/log.h"
+#include "server/allowrule.h"
 #include "server/rcclient.h"
 #include "server/servertab.h"
 #include "simclient.h"
@@ -60,118 +61,45 @@ private slots:
         MavixSetting::setCurrent(MavixSetting());
     }
 
-    void replies_data()
-    {
-        // clang-format off
-        columns<QStringList, QByteArrayList, QByteArrayList>("faults", "segments", "replies");
-        const auto row = [](const char *name, const QByteArrayList &segments, const QByteArrayList &replies, const QStringList &faults = {}) { QTest::addRow("%s", name) << faults << segments << replies; };
-        row("read 10 4", {"read 10 4\r\n"}, {kDump10});
-        row("0x prefix", {"read 0x10 4\n"}, {kDump10});
-        row("leading zeros, blanks", {"read  0010   4\r"}, {kDump10});
-        row("low 32 bits of address", {"read 100000010 4\r\n"}, {kDump10});
-        row("17 bytes, two lines", {"read 0 17\r\n"}, {"OK:\r\n00 : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 \r\n10 : 01 \r\n" + P});
-        row("last byte of the space", {"read FFFFFFFF 1\r\n"}, {"OK:\r\nFFFFFFFF : 00 \r\n" + P});
-        row("past the last byte", {"read FFFFFFFF 2\r\n"}, {kInvalidRead});
-        row("length 0", {"read 0 0\r\n"}, {kInvalidRead});
-        row("length 256", {"read 0 256\r\n"}, {kInvalidRead});
-        const QByteArray dumpFile = dir.filePath(QStringLiteral("dump.txt")).toUtf8();
-        // the file holds the dump text: "10 : ..."
-        row("dump into a file, file written back", {"read 10 4 " + dumpFile + "\r\n", "write 3000 " + dumpFile + "\r\n", "read 3000 4\r\n"}, {kDump10, "", "OK:\r\n3000 : 31 30 20 3A \r\n" + P});
-        row("dump file cannot be made", {"read 10 4 /nonexistent/dir/x\r\n"}, {"NG:\r\nread command can not open the file" + P});
-        row("write is silent", {"write 1000 DEADBEEF\r\n", "read 1000 4\r\n"}, {"", "OK:\r\n1000 : DE AD BE EF \r\n" + P});
-        row("odd digit ignored", {"write 2001 012\r\n", "read 2000 3\r\n"}, {"", "OK:\r\n2000 : 00 01 00 \r\n" + P});
-        row("end at FFFF0000", {"write FFFEFFFE 0102\r\n", "read FFFEFFFE 2\r\n"}, {"", "OK:\r\nFFFEFFFE : 01 02 \r\n" + P});
-        row("end past FFFF0000", {"write FFFEFFFF 0102\r\n"}, {kInvalidWrite});
-        row("256 bytes", {"write 0 " + QByteArray(512, 'A') + "\r\n"}, {kInvalidWrite});
-        row("address not hex", {"write zz 12\r\n"}, {kInvalidWrite});
-        row("no such file", {"write 0 nosuchfile\r\n"}, {kInvalidWrite});
-        row("help", {"help\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nwrite <address> <data(hex) | filename>\r\nhelp [command]\r\nquit" + P});
-        row("help read", {"help read\r\n"}, {"OK:\r\nread <address> <length> [filename]\r\nThis command is used to read the register of the Mavix device.\r\n<address> : register address of the device(00000000 - FFFFFFFF)\r\n<length>  : data length(0 - 255)\r\n[filename]: name of file to be written the read data" + P});
-        row("help write", {"help write\r\n"}, {"OK:\r\nwrite <address> <data | filename>\r\nThis command is used to write data into the device register.\r\n<address> : register address of the device(00000000 - FFFFFFFF)\r\n<data>    : data to be written(hex)\r\n<filename>: name of file which has a data to be written\r\n*note | This command can accsess ONLY 00000000 to FFFF0000" + P});
-        row("help help", {"help help\r\n"}, {"OK:\r\nhelp [command]\r\nThis command returns the explain of commands.\r\n[command] : name of command" + P});
-        row("help quit", {"help quit\r\n"}, {"OK:\r\nquit\r\nDisconnect the server" + P});
-        row("help foo", {"help foo\r\n"}, {"NG:invalid help command" + P});
-        row("help read extra", {"help read extra\r\n"}, {"NG:invalid help command" + P});
-        row("upper case", {"READ 0 4\r\n"}, {kUnknown});
-        row("empty line", {"\r\n"}, {kUnknown});
-        row("quit with blanks", {"quit   \r\n"}, {"Bye-Bye!\r\n"});
-        row("QUIT", {"QUIT\r\n"}, {kUnknown});
-        row("typed one key at a time", {"r", "e", "a", "d", " ", "1", "0", " ", "4", "\r\n"}, {"", "", "", "", "", "", "", "", "", kDump10});
-        row("CR and LF apart", {"help quit\r", "\n"}, {"OK:\r\nquit\r\nDisconnect the server" + P, kUnknown});
-        row("two lines in one segment", {"help\r\nhelp\r\n"}, {kUnknown});
-        row("line past 64 KiB", {QByteArray(65537, 'a'), "rest\r\n", "read 10 4\r\n"}, {kUnknown, "", kDump10});
-        row("read, no reply", {"read 10 4\r\n"}, {"NG:Mavix device timeout" + P}, {"drop"});
-        row("read, bad reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P}, {"wrong-vertype"});
-        row("read, short reply", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P}, {"short"});
-        row("read, bus error", {"read 10 4\r\n"}, {"NG:Mavix device reply bus error" + P}, {"bus-error"});
-        row("read not sent", {"read 10 4\r\n"}, {"NG:Mavix device reply invalid packet" + P}, {"unsent"});
-        row("write, no reply", {"write 0 01\r\n"}, {"NG:Server mode, write command is timeout" + P}, {"drop"});
-        row("write, bus error", {"write 0 01\r\n"}, {"NG: Mavix device reply bus error" + P}, {"bus-error"});
-        row("write, bad reply", {"write 0 01\r\n"}, {"NG:Mavix device won't reply" + P}, {"wrong-vertype"});
-        // clang-format on
-    }
-    void replies()
-    {
-        QFETCH(QStringList, faults);
-        QFETCH(QByteArrayList, segments);
-        QFETCH(QByteArrayList, replies);
-        if (faults == QStringList{"unsent"}) { // the request cannot be sent
-            MavixSetting target = MavixSetting::current();
-            target.udpPort = 0;
-            MavixSetting::setCurrent(target);
-        } else
-            f->sim()->setFaults(faultsFrom(faults));
-        Terminal client(f->tab.serverPort());
-        QVERIFY(client.waitFor(kGreeting.size()));
-        QByteArray expected = kGreeting;
-        for (int i = 0; i < segments.size(); ++i) {
-            client.socket.write(segments.at(i));
-            const bool endsLine = segments.at(i).endsWith('\n') || segments.at(i).endsWith('\r');
-            expected += segments.at(i) + (endsLine ? "\r\n" : "") + replies.at(i);
-            QVERIFY(client.waitFor(expected.size()));
-        }
-        QCOMPARE(client.got, expected);
-    }
-    void manyClientsOneAfterAnother()
-    {
-        f->sim()->setFaults(faultsFrom({"delay:20"}));
-        auto vanishing = std::make_unique<Terminal>(f->tab.serverPort());
-        QVERIFY(vanishing->waitFor(kGreeting.size()));
-        vanishing->socket.write("read 10 4\r\n");
-        QVERIFY(vanishing->socket.waitForBytesWritten(kWaitMs));
-        vanishing.reset(); // gone before its reply
-        std::vector<std::unique_ptr<Terminal>> clients;
-        for (int i = 0; i < 50; ++i)
-            clients.push_back(std::make_unique<Terminal>(f->tab.serverPort()));
-        const QByteArray served = kGreeting + "read 10 4\r\n\r\n" + kDump10;
-        for (auto &client : clients) {
-            QVERIFY(client->waitFor(kGreeting.size()));
-            client->socket.write("read 10 4\r\n");
-        }
-        for (auto &client : clients) {
-            QVERIFY(client->waitFor(served.size()));
-            client->socket.write("quit\r\n");
-        }
-        for (auto &client : clients) {
-            QVERIFY(client->waitFor(served.size() + 18));
-            QCOMPARE(client->got, served + "quit\r\n\r\nBye-Bye!\r\n");
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(f->tab.findChildren<RCClient *>().isEmpty(), kWaitMs);
-        QTRY_VERIFY(logText().contains(QStringLiteral("Disconnect 0\n")));
-        QTRY_VERIFY(logText().endsWith(QStringLiteral("Disconnect 50")));
-    }
-    void commandsWaitForABusyDevice()
+    // The tab shows the server's log: connections with their peers, commands, departures.
+    void logShowsSessions()
     {
         Terminal client(f->tab.serverPort());
         QVERIFY(client.waitFor(kGreeting.size()));
-        auto hold = std::make_unique<AccessGate::Hold>(f->agent.gate());
+        const QString port = QString::number(client.socket.localPort());
+        client.socket.write("read 10 4\r\nquit\r\n");
+        QVERIFY(client.waitFor(kGreeting.size() + 13 + kDump10.size() + 18));
+        QTRY_VERIFY(logText().endsWith(QStringLiteral("Disconnect 0")));
+        QCOMPARE(logText().section(QLatin1Char('\n'), 1),
+                 QStringLiteral("Connection ID: 0\nPeer address: 127.0.0.1:%1\nOK:Connected\n"
+                                "Client 0: read 10 4\nClient 0: quit\nDisconnect 0")
+                     .arg(port));
+        QCOMPARE(f->outcome(), QStringLiteral("succeeded 1, failed 0"));
+    }
+    // Where it listens, whom it lets in and the folder of its files, as set at start-up.
+    void statusLine()
+    {
+        f->tab.setAllowRule(*AllowRule::parse(QStringLiteral("192.168.1.0/24,10.0.0.5")));
+        QVERIFY(f->tab.setFileFolder(dir.path()));
+        QVERIFY(!f->tab.setFileFolder(dir.filePath(QStringLiteral("none"))));
+        QCOMPARE(f->child<QLabel>("serverStatusLabel")->text(),
+                 QStringLiteral("Listening on port %1 of every interface. Clients allowed from: "
+                                "loopback, 192.168.1.0/24, 10.0.0.5 (-uiallow: adds networks).\n"
+                                "Files of read and write: %2")
+                     .arg(f->tab.serverPort())
+                     .arg(QFileInfo(dir.path()).canonicalFilePath()));
+    }
+    // runCommand() takes a line from the session that sent it, as the server's own wiring does.
+    void runCommandEntryPoint()
+    {
+        Terminal client(f->tab.serverPort());
+        QVERIFY(client.waitFor(kGreeting.size()));
+        RCClient *session = f->tab.findChild<RCClient *>();
+        QVERIFY(session);
+        connect(session, &RCClient::lineReceived, &f->tab, &ServerTab::runCommand);
         client.socket.write("read 10 4\r\n");
-        QVERIFY(client.waitFor(kGreeting.size() + 13)); // the echo does not wait for the device
-        QVERIFY(!QTest::qWaitFor([&] { return client.got.contains("OK:\r\n"); }, 300));
-        QCOMPARE(f->accesses().size(), 0);
-        hold.reset();
-        QVERIFY(client.waitFor(kGreeting.size() + 13 + kDump10.size()));
-        QVERIFY(client.got.endsWith(kDump10));
+        // Queued twice: once by the server, once through the tab.
+        QVERIFY(client.waitFor(kGreeting.size() + 13 + 2 * kDump10.size()));
     }
     void portInUseLogsOneError()
     {
@@ -194,9 +122,6 @@ private:
     const QByteArray P = "\r\nMavixUtil>";
     const QByteArray kGreeting = "OK:Connected\r\nMavixUtil>";
     const QByteArray kDump10 = "OK:\r\n10 : 01 02 0A FF \r\n" + P;
-    const QByteArray kInvalidRead = "NG:invalid read command" + P;
-    const QByteArray kInvalidWrite = "NG:invalid write command" + P;
-    const QByteArray kUnknown = "NG:Unknown Command" + P;
     std::unique_ptr<TabFixture<ServerTab>> f;
     QTemporaryDir dir;
 };
