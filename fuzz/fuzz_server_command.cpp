@@ -17,7 +17,7 @@ struct Bench
     Bench()
     {
         fuzzApplication();
-        if (!simThread.start() || !outside.isValid() || !QDir(outside.path()).mkdir(kInner))
+        if (!simThread.start() || !outside.isValid() || !QDir(outside.path()).mkdir(QLatin1String(kInner)))
             __builtin_trap();
         QDir::setCurrent(outside.path());
         // The interpreter aims the agent at the program-wide target before each access.
@@ -28,12 +28,12 @@ struct Bench
         agent.setTarget(QHostAddress::LocalHost, simThread.udpPort());
         interpreter.setAgent(&agent);
         FileFolder folder;
-        if (!folder.setPath(outside.filePath(kInner)))
+        if (!folder.setPath(outside.filePath(QLatin1String(kInner))))
             __builtin_trap();
         interpreter.setFileFolder(folder);
         interpreter.setAccessTimeoutMs(200);
     }
-    static constexpr QLatin1StringView kInner{"inner"};
+    static constexpr char kInner[] = "inner";
     QTemporaryDir outside; // the working directory; the folder is inside: nothing else may appear
     SimThread simThread;
     WrenAgent agent;
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     (void)bench.interpreter.run(CommandInterpreter::withoutTerminator(line));
     // Whatever the line, no file appears outside the folder (names with ".." or "/" included).
     if (QDir(bench.outside.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System |
-                                             QDir::Hidden) != QStringList{Bench::kInner})
+                                             QDir::Hidden) != QStringList{QLatin1String(Bench::kInner)})
         __builtin_trap();
     // Whatever the line, the agent still talks only to the emulator.
     if (bench.agent.targetPort() != bench.simThread.udpPort() ||

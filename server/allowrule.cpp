@@ -53,7 +53,7 @@ QString AllowRule::describe() const
 {
     QStringList parts;
     if (m_loopback)
-        parts << QStringLiteral("loopback");
+        parts << tr("loopback");
     for (const Network &network : m_networks) {
         const int width = network.first.protocol() == QAbstractSocket::IPv4Protocol ? 32 : 128;
         parts << (network.second == width

@@ -2,6 +2,7 @@
 // allowed at start-up. A value, so that a test can hand the server one without loopback.
 #pragma once
 
+#include <QCoreApplication>
 #include <QHostAddress>
 #include <QList>
 #include <QPair>
@@ -11,6 +12,8 @@
 
 class AllowRule
 {
+    Q_DECLARE_TR_FUNCTIONS(AllowRule)
+
 public:
     using Network = QPair<QHostAddress, int>;
 
@@ -25,7 +28,7 @@ public:
     void addNetwork(const Network &network) { m_networks.append(network); }
 
     [[nodiscard]] bool allows(const QHostAddress &peer) const;
-    // "loopback, 192.168.1.0/24" for the Server tab.
+    // "loopback, 192.168.1.0/24" for the Server tab (the first word translated).
     [[nodiscard]] QString describe() const;
 
     // An IPv4 peer seen through the dual-stack socket as ::ffff:a.b.c.d becomes a.b.c.d.

@@ -7,6 +7,7 @@
 #include "app/appcontext.h"
 #include "app/log.h"
 #include "modules/zelgpibtab.h"
+#include "server/allowrule.h"
 #include "server/servertab.h"
 #include "settings/experttab.h"
 #include "sim/mavixsim.h"
@@ -113,17 +114,21 @@ int takeDetailShot(const QString &target)
     return 0;
 }
 
-// A short remote-control session, as a user would type it into nc.
+// A short remote-control session, as a user would type it into nc, then a script's batch.
 void serverSession(quint16 port)
 {
     QTcpSocket client;
     client.connectToHost(QHostAddress::LocalHost, port);
     settle(300);
-    for (const char *line :
-         {"help\r\n", "read 0 16\r\n", "write 1000 DEADBEEF\r\n", "read 1000 4\r\n", "quit\r\n"}) {
+    for (const char *line : {"help\r\n", "read 0 16\r\n", "read 10 4 /etc/x\r\n", "quit\r\n"}) {
         client.write(line);
         settle(300);
     }
+    QTcpSocket script;
+    script.connectToHost(QHostAddress::LocalHost, port);
+    settle(300);
+    script.write("write 1000 DEADBEEF\nread 1000 4 dump.txt\nquit\n");
+    settle(500);
 }
 
 // The main window in server mode, its Server tab after a session.
@@ -136,6 +141,11 @@ void serverScreenshot(quint16 udpPort, quint16 tcpPort)
     window->show();
     settle(1500);
     child<QTabWidget>(window, "modeTab")->setCurrentWidget(window->serverTab());
+    // As started with -uiallow:192.168.1.0/24,10.0.0.5 -uiroot:/tmp/mavix-server-files
+    const QString folder = QDir::temp().filePath(QStringLiteral("mavix-server-files"));
+    QDir().mkpath(folder);
+    window->serverTab()->setAllowRule(*AllowRule::parse(QStringLiteral("192.168.1.0/24,10.0.0.5")));
+    (void)window->serverTab()->setFileFolder(folder);
     serverSession(window->serverTab()->serverPort());
     save(window, QStringLiteral("server"));
     window->close();

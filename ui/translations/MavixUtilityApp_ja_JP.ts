@@ -21,6 +21,13 @@
     </message>
 </context>
 <context>
+    <name>AllowRule</name>
+    <message>
+        <source>loopback</source>
+        <translation>ループバック</translation>
+    </message>
+</context>
+<context>
     <name>CommandInterpreter</name>
     <message>
         <source>Server mode, undefined command</source>
@@ -636,6 +643,33 @@
     </message>
 </context>
 <context>
+    <name>RCServer</name>
+    <message>
+        <source>Refused %1: not an allowed address</source>
+        <translation>%1 を拒否しました: 許可されていないアドレスです</translation>
+    </message>
+    <message>
+        <source>Refused %1: too many clients</source>
+        <translation>%1 を拒否しました: クライアントが多すぎます</translation>
+    </message>
+    <message>
+        <source>Connection ID: %1</source>
+        <translation>接続 ID: %1</translation>
+    </message>
+    <message>
+        <source>Peer address: %1</source>
+        <translation>接続元アドレス: %1</translation>
+    </message>
+    <message>
+        <source>Disconnect %1</source>
+        <translation>切断 %1</translation>
+    </message>
+    <message>
+        <source>Client %1: %2</source>
+        <translation>クライアント %1: %2</translation>
+    </message>
+</context>
+<context>
     <name>RegisterCommands</name>
     <message>
         <source>Cannot write %1: %2</source>
@@ -661,16 +695,22 @@
         <translation>サーバーモード: 待ち受けを開始できません</translation>
     </message>
     <message>
-        <source>Connection ID: %1</source>
-        <translation>接続 ID: %1</translation>
+        <source>Listening on port %1 of every interface</source>
+        <translation>すべてのインターフェースのポート %1 で待ち受け中</translation>
     </message>
     <message>
-        <source>Disconnect %1</source>
-        <translation>切断 %1</translation>
+        <source>Not listening</source>
+        <translation>待ち受けていません</translation>
     </message>
     <message>
-        <source>Client %1: %2</source>
-        <translation>クライアント %1: %2</translation>
+        <source>%1. Clients allowed from: %2 (-uiallow: adds networks).
+Files of read and write: %3</source>
+        <translation>%1。接続を許可するクライアント: %2 (-uiallow: でネットワークを追加できます)。
+read と write のファイルの場所: %3</translation>
+    </message>
+    <message>
+        <source>the working directory</source>
+        <translation>作業ディレクトリ</translation>
     </message>
 </context>
 <context>
@@ -689,6 +729,14 @@
     <message>
         <source>Server mode, uiport is invalid</source>
         <translation>サーバーモードの uiport が不正です</translation>
+    </message>
+    <message>
+        <source>Server mode, uiallow is invalid: give addresses or networks such as 192.168.1.0/24,10.0.0.5</source>
+        <translation>サーバーモードの uiallow が不正です: 192.168.1.0/24,10.0.0.5 のようにアドレスかネットワークを指定してください</translation>
+    </message>
+    <message>
+        <source>Server mode, uiroot is not a folder: %1</source>
+        <translation>サーバーモードの uiroot がフォルダではありません: %1</translation>
     </message>
 </context>
 <context>
