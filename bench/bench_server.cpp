@@ -61,7 +61,8 @@ qint64 memoryKiB(const char *field)
     QFile file(QStringLiteral("/proc/self/status"));
     if (!file.open(QIODevice::ReadOnly))
         return 0;
-    for (const QByteArray &line : file.readAll().split('\n')) {
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    for (const QByteArray &line : lines) {
         if (line.startsWith(field))
             return line.mid(int(std::strlen(field))).trimmed().split(' ').value(0).toLongLong();
     }

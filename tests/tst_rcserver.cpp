@@ -6,6 +6,7 @@
 #include "server/rcclient.h"
 #include "server/rclistener.h"
 #include "server/rcserver.h"
+#include "server/serveroptions.h"
 #include "settings/mavixsetting.h"
 #include "sim/mavixsim.h"
 #include "sim/simthread.h"
@@ -45,21 +46,13 @@ qint64 residentKiB()
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
         if (line.startsWith("VmRSS:"))
             return line.mid(6).trimmed().split(' ').value(0).toLongLong();
     }
     return 0;
 }
-
-const QByteArray P = "\r\nMavixUtil>";
-const QByteArray kGreeting = "OK:Connected\r\nMavixUtil>";
-const QByteArray kDump10 = "OK:\r\n10 : 01 02 0A FF \r\n" + P;
-const QByteArray kInvalidRead = "NG:invalid read command" + P;
-const QByteArray kInvalidWrite = "NG:invalid write command" + P;
-const QByteArray kNoFile = "NG:\r\nread command can not open the file" + P;
-const QByteArray kUnknown = "NG:Unknown Command" + P;
-const QByteArray kHelpQuit = "OK:\r\nquit\r\nDisconnect the server" + P;
 
 // The echo of a segment that ends a line: the segment, then CR LF.
 QByteArray E(const QByteArray &segment)
@@ -217,6 +210,30 @@ private slots:
         QCOMPARE(rule ? rule->describe() : QString(), described);
     }
 
+    // The start-up options: a malformed value is warned about and changes nothing.
+    void serverOptions_data()
+    {
+        columns<QStringList, QString>("arguments", "result");
+        QTest::newRow("none") << QStringList{} << "loopback|";
+        QTest::newRow("both") << QStringList{"-uiallow:10.0.0.0/8", "-uiroot:/tmp"}
+                              << "loopback, 10.0.0.0/8|/tmp";
+        QTest::newRow("bad network") << QStringList{"-uiallow:10.0.0.0/40"}
+                                     << "loopback||Server mode, uiallow is invalid: give addresses "
+                                        "or networks such as 192.168.1.0/24,10.0.0.5";
+        QTest::newRow("no folder") << QStringList{"-uiroot:/nonexistent"}
+                                   << "loopback||Server mode, uiroot is not a folder: /nonexistent";
+    }
+    void serverOptions()
+    {
+        QFETCH(QStringList, arguments);
+        QStringList warnings;
+        const ServerOptions options =
+            parseServerArguments(QStringList{"MavixUtility"} + arguments,
+                                 [&](const QString &text) { warnings << text; });
+        QTEST((QStringList{options.allow.describe(), options.folder} + warnings).join('|'),
+              "result");
+    }
+
     void clientCap()
     {
         std::vector<std::unique_ptr<Terminal>> clients;
@@ -334,6 +351,14 @@ private:
         return lines;
     }
 
+    const QByteArray P = "\r\nMavixUtil>";
+    const QByteArray kGreeting = "OK:Connected\r\nMavixUtil>";
+    const QByteArray kDump10 = "OK:\r\n10 : 01 02 0A FF \r\n" + P;
+    const QByteArray kInvalidRead = "NG:invalid read command" + P;
+    const QByteArray kInvalidWrite = "NG:invalid write command" + P;
+    const QByteArray kNoFile = "NG:\r\nread command can not open the file" + P;
+    const QByteArray kUnknown = "NG:Unknown Command" + P;
+    const QByteArray kHelpQuit = "OK:\r\nquit\r\nDisconnect the server" + P;
     QTemporaryDir dir;
     std::unique_ptr<SimThread> simThread;
     WrenAgent agent;
