@@ -82,7 +82,9 @@ bool RCClient::finishCommand(const QString &command)
     flushEcho(); // a command answered by silence leaves its echo here
     if (parts.value(0) != QLatin1String("quit")) {
         m_serving = false;
-        resumeLater();
+        // New bytes bring readyRead(); only those already here need a nudge.
+        if (m_socket && (m_inputAt < m_input.size() || m_socket->bytesAvailable() > 0))
+            resumeLater();
         return false;
     }
     if (m_disposed)
@@ -99,7 +101,7 @@ void RCClient::getPacket()
 {
     while (mayTakeInput()) {
         if (m_inputAt >= m_input.size()) {
-            m_input = m_socket->read(kReadChunkBytes);
+            m_input = m_socket->read(qMin<qint64>(m_socket->bytesAvailable(), kReadChunkBytes));
             m_inputAt = 0;
             if (m_input.isEmpty())
                 return;
@@ -205,7 +207,9 @@ void RCClient::write(const QByteArray &bytes)
         dispose();
         return;
     }
-    if (!m_sendTimer->isActive())
+    // Handed to the system now, without waiting: the peer has it one event-loop turn sooner.
+    m_socket->flush();
+    if (m_socket && m_socket->bytesToWrite() > 0 && !m_sendTimer->isActive())
         m_sendTimer->start(m_sendTimeoutMs);
 }
 

@@ -85,11 +85,16 @@ void RCServer::addClient(RCClient *client)
 void RCServer::enqueue(RCClient *client, const QString &text)
 {
     m_queue.append(PendingLine{client, text});
-    scheduleNext();
+    // Nothing else going on: served now rather than one event-loop turn later. The session hands
+    // a line over as the last thing it does, so it may even end while the command runs.
+    AccessGate *gate = m_agent ? m_agent->gate() : nullptr;
+    if (m_queue.size() == 1 && m_running == 0 && !(gate && gate->isBusy()))
+        runNext();
+    else
+        scheduleNext();
 }
 
-// Served from the event loop, never inside the caller: the session that handed the line over
-// is not on the stack when the command runs.
+// Later lines are served from the event loop, one at a time.
 void RCServer::scheduleNext()
 {
     if (m_queue.isEmpty() || m_scheduled)
