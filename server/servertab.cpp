@@ -101,7 +101,7 @@ void ServerTab::showStatus()
     const QString listening =
         port != 0 ? tr("Listening on port %1 of every interface").arg(port) : tr("Not listening");
     m_ui->serverStatusLabel->setText(
-        tr("%1. Clients allowed from: %2 (-uiallow: adds networks).\nFiles of read and write: %3")
+        tr("%1.\nClients allowed from: %2 (-uiallow: adds networks).\nFiles of read and write: %3")
             .arg(listening, m_server->allowRule().describe(),
                  m_server->fileFolder().isEmpty() ? tr("the working directory")
                                                   : m_server->fileFolder()));

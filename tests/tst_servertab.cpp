@@ -83,7 +83,7 @@ private slots:
         QVERIFY(f->tab.setFileFolder(dir.path()));
         QVERIFY(!f->tab.setFileFolder(dir.filePath(QStringLiteral("none"))));
         QCOMPARE(f->child<QLabel>("serverStatusLabel")->text(),
-                 QStringLiteral("Listening on port %1 of every interface. Clients allowed from: "
+                 QStringLiteral("Listening on port %1 of every interface.\nClients allowed from: "
                                 "loopback, 192.168.1.0/24, 10.0.0.5 (-uiallow: adds networks).\n"
                                 "Files of read and write: %2")
                      .arg(f->tab.serverPort())

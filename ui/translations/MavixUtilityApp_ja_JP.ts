@@ -703,9 +703,11 @@
         <translation>待ち受けていません</translation>
     </message>
     <message>
-        <source>%1. Clients allowed from: %2 (-uiallow: adds networks).
+        <source>%1.
+Clients allowed from: %2 (-uiallow: adds networks).
 Files of read and write: %3</source>
-        <translation>%1。接続を許可するクライアント: %2 (-uiallow: でネットワークを追加できます)。
+        <translation>%1。
+接続を許可するクライアント: %2 (-uiallow: でネットワークを追加できます)。
 read と write のファイルの場所: %3</translation>
     </message>
     <message>
