@@ -350,7 +350,7 @@ int MapCommands::diff(const CommandContext &context)
                                  RegisterValue::format(field, after));
     }
     context.console->print(text);
-    reportResult(tr("%n register(s) changed since the snapshot", nullptr, changed));
+    reportResult(tr("Registers changed since the snapshot: %1").arg(changed));
     return ExitCode::kSuccess;
 }
 
@@ -376,8 +376,9 @@ int MapCommands::load(const CommandContext &context)
     io.setExpert(context.parser->isSet(QStringLiteral("expert")));
     if (const QString refusal = io.checkWrites(writes); !refusal.isEmpty())
         return context.refuse(refusal, ExitCode::kRefusedInput);
-    if (!confirm(context, tr("Write %n register(s) to %1? [y/N]", nullptr, int(values.size()))
-                              .arg(targetText(context))))
+    if (!confirm(context, tr("Write %1 registers to %2? [y/N]")
+                                  .arg(values.size())
+                                  .arg(targetText(context))))
         return context.refuse(tr("Nothing written"), ExitCode::kRefusedInput);
     try {
         io.writeValues(values);

@@ -90,9 +90,9 @@ QList<RegisterField> serialConfigFields()
               {named("none", 0), named("mark", 4), named("space", 5), named("odd", 6),
                named("even", 7)}),
         field("dte_flow", 10, 9, flowTypes()),
-        field("dte_wait", 8, 8),
+        field("dte_wait", 8, 8, {named("off", 0), named("on", 1)}),
         field("dce_flow", 2, 1, flowTypes()),
-        field("dce_wait", 0, 0),
+        field("dce_wait", 0, 0, {named("off", 0), named("on", 1)}),
     };
     static const char *const lineNames[Rs232c::kLineCount] = {"rts", "cts", "dtr", "ri",
                                                               "dsr", "txd", "rxd", "cd"};

@@ -102,9 +102,10 @@ void parseBits(const toml::node &node, RegisterField &field)
                       RegisterMapParser::tr("bits must be \"MSB:LSB\" or one bit number")};
 }
 
-RegisterField parseField(const QString &name, const toml::table &table)
+RegisterField parseField(const QString &name, const toml::table &table, bool *ownAccess)
 {
     RegisterField field;
+    *ownAccess = false;
     field.name = name;
     field.line = lineOf(table);
     bool hasBits = false;
@@ -115,6 +116,7 @@ RegisterField parseField(const QString &name, const toml::table &table)
             hasBits = true;
         } else if (k == "access") {
             field.access = access(node);
+            *ownAccess = true;
         } else if (k == "format") {
             field.format = format(node);
         } else if (k == "description") {
@@ -147,10 +149,11 @@ Register parseRegister(const QString &name, const toml::table &table)
     reg.name = name;
     reg.line = lineOf(table);
     bool hasOffset = false;
+    QList<bool> ownAccess;
     for (auto &&[key, node] : table) {
         const std::string_view k = key.str();
-        if (node.is_table() && k != "values") {
-            reg.fields.append(parseField(qs(k), *node.as_table()));
+        if (node.is_table()) {
+            reg.fields.append(parseField(qs(k), *node.as_table(), &ownAccess.emplace_back()));
         } else if (k == "offset") {
             reg.offset = quint32(number(node, QStringLiteral("offset"), 0xFFFFFFFFu));
             hasOffset = true;
@@ -170,6 +173,10 @@ Register parseRegister(const QString &name, const toml::table &table)
     }
     if (!hasOffset)
         throw Refusal{reg.line, RegisterMapParser::tr("Register %1 has no offset").arg(name)};
+    // A field without an access of its own has its register's.
+    for (int i = 0; i < reg.fields.size(); ++i)
+        if (!ownAccess.at(i))
+            reg.fields[i].access = reg.access;
     return reg;
 }
 

@@ -127,7 +127,7 @@ std::optional<quint64> RegisterValue::parse(const QString &text, int widthBits,
         return std::nullopt;
     }
     if (!fits(*value, widthBits)) {
-        *error = tr("%1 does not fit %n bit(s)", nullptr, widthBits).arg(typed);
+        *error = tr("%1 does not fit %2 bits").arg(typed).arg(widthBits);
         return std::nullopt;
     }
     return value;
