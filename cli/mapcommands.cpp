@@ -24,7 +24,8 @@ namespace {
 
 QString hexAddress(quint32 address)
 {
-    return QStringLiteral("0x") + QStringLiteral("%1").arg(address, 8, 16, QLatin1Char('0')).toUpper();
+    return QStringLiteral("0x") +
+           QStringLiteral("%1").arg(address, 8, 16, QLatin1Char('0')).toUpper();
 }
 
 QString bitsText(const RegisterField &field)
@@ -90,8 +91,9 @@ std::optional<QHash<int, quint64>> readEntries(const CommandContext &context,
 
 QString targetText(const CommandContext &context)
 {
-    return QStringLiteral("%1:%2").arg(context.agent->targetAddress().toString()).arg(
-        context.agent->targetPort());
+    return QStringLiteral("%1:%2")
+        .arg(context.agent->targetAddress().toString())
+        .arg(context.agent->targetPort());
 }
 
 bool confirm(const CommandContext &context, const QString &question)
@@ -125,12 +127,12 @@ int MapCommands::regs(const CommandContext &context)
                 QJsonObject values;
                 for (const NamedValue &named : field.values)
                     values.insert(named.name, QString::number(named.value));
-                fields.append(QJsonObject{{QStringLiteral("name"), field.name},
-                                          {QStringLiteral("msb"), field.msb},
-                                          {QStringLiteral("lsb"), field.lsb},
-                                          {QStringLiteral("access"),
-                                           RegisterMap::accessWord(field.access)},
-                                          {QStringLiteral("values"), values}});
+                fields.append(
+                    QJsonObject{{QStringLiteral("name"), field.name},
+                                {QStringLiteral("msb"), field.msb},
+                                {QStringLiteral("lsb"), field.lsb},
+                                {QStringLiteral("access"), RegisterMap::accessWord(field.access)},
+                                {QStringLiteral("values"), values}});
             }
             context.console->printJson(
                 {{QStringLiteral("name"), e.name()},
@@ -188,10 +190,10 @@ int MapCommands::get(const CommandContext &context)
         const QString name = targetName(catalog, target);
         const QString value = targetValue(catalog, target, raw);
         if (context.console->json()) {
-            QJsonObject object{{QStringLiteral("name"), name},
-                               {QStringLiteral("raw"), RegisterValue::format(raw, reg.size * 8,
-                                                                             ValueFormat::Hex)},
-                               {QStringLiteral("value"), value}};
+            QJsonObject object{
+                {QStringLiteral("name"), name},
+                {QStringLiteral("raw"), RegisterValue::format(raw, reg.size * 8, ValueFormat::Hex)},
+                {QStringLiteral("value"), value}};
             if (target.field < 0 && !reg.fields.isEmpty())
                 object.insert(QStringLiteral("fields"), fieldsObject(reg, raw));
             context.console->printJson(object);
@@ -200,8 +202,8 @@ int MapCommands::get(const CommandContext &context)
         text += QStringLiteral("%1 = %2\n").arg(name, value);
         if (target.field < 0)
             for (const RegisterField &field : reg.fields)
-                text += QStringLiteral("  .%1 = %2\n").arg(field.name,
-                                                          RegisterValue::format(field, raw));
+                text += QStringLiteral("  .%1 = %2\n")
+                            .arg(field.name, RegisterValue::format(field, raw));
     }
     context.console->print(text);
     return ExitCode::kSuccess;
@@ -226,13 +228,12 @@ int MapCommands::put(const CommandContext &context)
             return context.refuse(error, ExitCode::kRefusedInput);
         const Register &reg = catalog.entry(target->entry).reg;
         const std::optional<quint64> value =
-            target->field < 0
-                ? RegisterValue::parse(assignment.mid(equals + 1), reg.size * 8, reg.format, {},
-                                       &error)
-                : RegisterValue::parse(assignment.mid(equals + 1),
-                                       reg.fields.at(target->field).width(),
-                                       reg.fields.at(target->field).format,
-                                       reg.fields.at(target->field).values, &error);
+            target->field < 0 ? RegisterValue::parse(assignment.mid(equals + 1), reg.size * 8,
+                                                     reg.format, {}, &error)
+                              : RegisterValue::parse(assignment.mid(equals + 1),
+                                                     reg.fields.at(target->field).width(),
+                                                     reg.fields.at(target->field).format,
+                                                     reg.fields.at(target->field).values, &error);
         if (!value)
             return context.refuse(tr("%1: %2").arg(assignment.left(equals), error),
                                   ExitCode::kRefusedInput);
@@ -253,18 +254,17 @@ int MapCommands::put(const CommandContext &context)
     for (const RegisterChange &change : std::as_const(changes)) {
         const RegisterEntry &e = catalog.entry(change.entry);
         const QString after = RegisterValue::format(change.after, e.reg.size * 8, ValueFormat::Hex);
-        const QString before = change.before ? RegisterValue::format(*change.before,
-                                                                     e.reg.size * 8,
-                                                                     ValueFormat::Hex)
-                                             : QString();
+        const QString before =
+            change.before ? RegisterValue::format(*change.before, e.reg.size * 8, ValueFormat::Hex)
+                          : QString();
         if (context.console->json())
             context.console->printJson({{QStringLiteral("name"), e.name()},
                                         {QStringLiteral("before"), before},
                                         {QStringLiteral("after"), after}});
         else
-            text += before.isEmpty() ? QStringLiteral("%1 = %2\n").arg(e.name(), after)
-                                     : QStringLiteral("%1 = %2 (was %3)\n")
-                                           .arg(e.name(), after, before);
+            text += before.isEmpty()
+                        ? QStringLiteral("%1 = %2\n").arg(e.name(), after)
+                        : QStringLiteral("%1 = %2 (was %3)\n").arg(e.name(), after, before);
     }
     context.console->print(text);
     return ExitCode::kSuccess;
@@ -281,8 +281,7 @@ int MapCommands::dump(const CommandContext &context)
         if (RegisterMap::readable(catalog.entry(index).reg.access))
             entries << index;
     if (entries.isEmpty())
-        return context.refuse(tr("No readable register matches %1")
-                                  .arg(context.arguments.value(0)),
+        return context.refuse(tr("No readable register matches %1").arg(context.arguments.value(0)),
                               ExitCode::kRefusedInput);
     const std::optional<QHash<int, quint64>> values =
         readEntries(context, catalog, entries, &exitCode);
@@ -294,16 +293,16 @@ int MapCommands::dump(const CommandContext &context)
             context.console->printJson(
                 {{QStringLiteral("name"), e.name()},
                  {QStringLiteral("address"), hexAddress(e.address)},
-                 {QStringLiteral("raw"), RegisterValue::format(values->value(index),
-                                                               e.reg.size * 8, ValueFormat::Hex)},
+                 {QStringLiteral("raw"),
+                  RegisterValue::format(values->value(index), e.reg.size * 8, ValueFormat::Hex)},
                  {QStringLiteral("value"), RegisterValue::format(e.reg, values->value(index))}});
         }
         return ExitCode::kSuccess;
     }
     const QString heading =
         tr("Register values of %1 at %2")
-            .arg(targetText(context),
-                 QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'")));
+            .arg(targetText(context), QDateTime::currentDateTimeUtc().toString(
+                                          QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'")));
     context.console->print(QString::fromUtf8(RegisterSnapshot::format(catalog, *values, heading)));
     return ExitCode::kSuccess;
 }
@@ -376,9 +375,8 @@ int MapCommands::load(const CommandContext &context)
     io.setExpert(context.parser->isSet(QStringLiteral("expert")));
     if (const QString refusal = io.checkWrites(writes); !refusal.isEmpty())
         return context.refuse(refusal, ExitCode::kRefusedInput);
-    if (!confirm(context, tr("Write %1 registers to %2? [y/N]")
-                                  .arg(values.size())
-                                  .arg(targetText(context))))
+    if (!confirm(context,
+                 tr("Write %1 registers to %2? [y/N]").arg(values.size()).arg(targetText(context))))
         return context.refuse(tr("Nothing written"), ExitCode::kRefusedInput);
     try {
         io.writeValues(values);

@@ -140,12 +140,13 @@ RegisterMap DeviceMap::map()
     RegisterMap map;
     map.source = QLatin1String(kSource);
     QList<Register> eeprom = settingsImage();
-    eeprom.append(reg("write_permission", MavixSetting::kEepromPermission - MavixSetting::kEepromBase,
-                      1, ValueFormat::Hex, "EEPROM write permission",
+    eeprom.append(reg("write_permission",
+                      MavixSetting::kEepromPermission - MavixSetting::kEepromBase, 1,
+                      ValueFormat::Hex, "EEPROM write permission",
                       {field("state", 7, 0, {named("granted", 0x00), named("released", 0xFF)})}));
-    Register lineState = reg("line_state", Rs232c::kLineStateAddress, Rs232c::kLineStateSize,
-                             ValueFormat::Hex, "Line states, byte 0 DTE, byte 1 DCE; 0 = on",
-                             lineStateFields());
+    Register lineState =
+        reg("line_state", Rs232c::kLineStateAddress, Rs232c::kLineStateSize, ValueFormat::Hex,
+            "Line states, byte 0 DTE, byte 1 DCE; 0 = on", lineStateFields());
     lineState.access = Access::ReadOnly;
     map.blocks = {
         block("settings", MavixSetting::kRunningBase, "Settings image, running copy",

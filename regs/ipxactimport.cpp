@@ -50,9 +50,8 @@ private:
         bool ok = false;
         const quint64 value = text.toULongLong(&ok, base);
         if (!ok || value > max)
-            throw Refusal{at, IpxactImport::tr("%1 is not a number from 0 to %2")
-                                  .arg(text)
-                                  .arg(max)};
+            throw Refusal{at,
+                          IpxactImport::tr("%1 is not a number from 0 to %2").arg(text).arg(max)};
         return value;
     }
 

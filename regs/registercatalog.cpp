@@ -51,10 +51,12 @@ void RegisterCatalog::rebuild()
         for (const RegisterBlock &block : map.blocks)
             for (const Register &reg : block.registers)
                 m_entries.append({block.name, reg, block.base + reg.offset, map.source});
-    std::stable_sort(m_entries.begin(), m_entries.end(),
-                     [](const RegisterEntry &a, const RegisterEntry &b) {
-                         return a.address < b.address;
-                     });
+    std::stable_sort(
+        m_entries.begin(), m_entries.end(),
+        [](const RegisterEntry &a, const RegisterEntry &b) { return a.address < b.address; });
+    m_byName.clear();
+    for (int i = 0; i < m_entries.size(); ++i)
+        m_byName.insert(m_entries.at(i).name(), i);
 }
 
 int RegisterCatalog::indexOf(const QString &registerName) const
@@ -62,10 +64,7 @@ int RegisterCatalog::indexOf(const QString &registerName) const
     QString name = registerName;
     for (const RegisterMap &map : m_maps)
         name = map.aliases.value(name, name);
-    for (int i = 0; i < m_entries.size(); ++i)
-        if (m_entries.at(i).name() == name)
-            return i;
-    return -1;
+    return m_byName.value(name, -1);
 }
 
 std::optional<RegisterTarget> RegisterCatalog::resolve(const QString &name, QString *error) const
@@ -93,16 +92,16 @@ QList<int> RegisterCatalog::match(const QString &pattern) const
 {
     QList<int> result;
     const bool wildcard = pattern.contains(QLatin1Char('*')) || pattern.contains(QLatin1Char('?'));
-    const QRegularExpression expression(QRegularExpression::wildcardToRegularExpression(
-        wildcard ? pattern : QStringLiteral("*")));
+    const QRegularExpression expression(
+        QRegularExpression::wildcardToRegularExpression(wildcard ? pattern : QStringLiteral("*")));
     const int aliased = wildcard || pattern.isEmpty() ? -1 : indexOf(pattern);
     for (int i = 0; i < m_entries.size(); ++i) {
         const QString name = m_entries.at(i).name();
-        const bool hit = pattern.isEmpty() || i == aliased ||
-                         (wildcard ? expression.match(name).hasMatch()
-                                   : name == pattern ||
-                                         name.startsWith(pattern + QLatin1Char('.')) ||
-                                         m_entries.at(i).block == pattern);
+        const bool hit =
+            pattern.isEmpty() || i == aliased ||
+            (wildcard ? expression.match(name).hasMatch()
+                      : name == pattern || name.startsWith(pattern + QLatin1Char('.')) ||
+                            m_entries.at(i).block == pattern);
         if (hit)
             result.append(i);
     }

@@ -58,4 +58,5 @@ private:
 
     QList<RegisterMap> m_maps;
     QList<RegisterEntry> m_entries;
+    QHash<QString, int> m_byName;
 };

@@ -16,13 +16,13 @@ RegisterIo::RegisterIo(const RegisterCatalog &catalog, WrenAgent *agent, int tim
 
 QList<ReadSpan> RegisterIo::plan(const RegisterCatalog &catalog, const QList<int> &entries)
 {
+    // The catalog's entries are in address order: sorted indexes are sorted addresses.
     QList<int> sorted;
     for (const int index : entries)
-        if (RegisterMap::readable(catalog.entry(index).reg.access) && !sorted.contains(index))
+        if (RegisterMap::readable(catalog.entry(index).reg.access))
             sorted.append(index);
-    std::sort(sorted.begin(), sorted.end(), [&catalog](int a, int b) {
-        return catalog.entry(a).address < catalog.entry(b).address;
-    });
+    std::sort(sorted.begin(), sorted.end());
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     QList<ReadSpan> spans;
     for (const int index : std::as_const(sorted)) {
         const RegisterEntry &e = catalog.entry(index);
@@ -87,9 +87,8 @@ QList<RegisterChange> RegisterIo::apply(const QList<FieldWrite> &writes)
         byEntry[index].append(write);
     }
     for (const int index : order) {
-        const bool wholeWrite =
-            std::any_of(byEntry[index].cbegin(), byEntry[index].cend(),
-                        [](const FieldWrite &w) { return w.target.field < 0; });
+        const bool wholeWrite = std::any_of(byEntry[index].cbegin(), byEntry[index].cend(),
+                                            [](const FieldWrite &w) { return w.target.field < 0; });
         if (!wholeWrite && RegisterMap::readable(m_catalog.entry(index).reg.access))
             toRead.append(index);
     }
@@ -104,12 +103,12 @@ QList<RegisterChange> RegisterIo::apply(const QList<FieldWrite> &writes)
         // A write-only register cannot be read: its other fields take the reset value.
         quint64 value = change.before.value_or(reg.reset.value_or(0));
         for (const FieldWrite &write : byEntry[index])
-            value = write.target.field < 0 ? write.value
-                                           : reg.fields.at(write.target.field).insert(value,
-                                                                                      write.value);
+            value = write.target.field < 0
+                        ? write.value
+                        : reg.fields.at(write.target.field).insert(value, write.value);
         change.after = value;
-        (void)m_agent->write(m_catalog.entry(index).address, RegisterValue::toBytes(value, reg.size),
-                             m_timeoutMs);
+        (void)m_agent->write(m_catalog.entry(index).address,
+                             RegisterValue::toBytes(value, reg.size), m_timeoutMs);
         changes.append(change);
     }
     return changes;

@@ -99,16 +99,18 @@ std::optional<MapError> RegisterMap::checkRegister(const RegisterBlock &block,
                                                    const Register &reg) const
 {
     if (!isValidName(reg.name))
-        return error(reg.line, tr("Register name \"%1\" is not a name (letters, digits and _)")
-                                   .arg(reg.name));
+        return error(
+            reg.line,
+            tr("Register name \"%1\" is not a name (letters, digits and _)").arg(reg.name));
     if (reg.size < 1 || reg.size > kMaxRegisterBytes)
         return error(reg.line, tr("Register %1.%2: size %3 is not 1 to 8 bytes")
                                    .arg(block.name, reg.name)
                                    .arg(reg.size));
     const quint64 address = quint64(block.base) + reg.offset;
     if (address + quint64(reg.size) > quint64(1) << 32)
-        return error(reg.line, tr("Register %1.%2 lies beyond the 32-bit address space")
-                                   .arg(block.name, reg.name));
+        return error(
+            reg.line,
+            tr("Register %1.%2 lies beyond the 32-bit address space").arg(block.name, reg.name));
     const int bits = reg.size * 8;
     if (reg.reset && bits < 64 && *reg.reset >> bits)
         return error(reg.line, tr("Register %1.%2: reset value does not fit %3 bytes")
@@ -117,17 +119,18 @@ std::optional<MapError> RegisterMap::checkRegister(const RegisterBlock &block,
     quint64 used = 0;
     for (const RegisterField &field : reg.fields) {
         if (!isValidName(field.name))
-            return error(field.line,
-                         tr("Field name \"%1\" is not a name (letters, digits and _)")
-                             .arg(field.name));
+            return error(
+                field.line,
+                tr("Field name \"%1\" is not a name (letters, digits and _)").arg(field.name));
         if (field.lsb < 0 || field.msb < field.lsb || field.msb >= bits)
             return error(field.line, tr("Field %1.%2.%3: bits %4:%5 lie outside the register")
                                          .arg(block.name, reg.name, field.name)
                                          .arg(field.msb)
                                          .arg(field.lsb));
         if (used & field.mask())
-            return error(field.line, tr("Field %1.%2.%3 overlaps another field")
-                                         .arg(block.name, reg.name, field.name));
+            return error(
+                field.line,
+                tr("Field %1.%2.%3 overlaps another field").arg(block.name, reg.name, field.name));
         used |= field.mask();
         for (const NamedValue &value : field.values)
             if (field.width() < 64 && value.value >> field.width())
@@ -152,8 +155,9 @@ std::optional<MapError> RegisterMap::check()
     QList<Span> spans;
     for (RegisterBlock &block : blocks) {
         if (!isValidName(block.name))
-            return error(block.line, tr("Block name \"%1\" is not a name (letters, digits and _)")
-                                         .arg(block.name));
+            return error(
+                block.line,
+                tr("Block name \"%1\" is not a name (letters, digits and _)").arg(block.name));
         if (blockNames.contains(block.name))
             return error(block.line, tr("Block %1 is defined twice").arg(block.name));
         blockNames << block.name;
@@ -166,19 +170,20 @@ std::optional<MapError> RegisterMap::check()
             if (std::optional<MapError> failure = checkRegister(block, reg))
                 return failure;
             if (names.contains(reg.name))
-                return error(reg.line, tr("Register %1.%2 is defined twice")
-                                           .arg(block.name, reg.name));
+                return error(reg.line,
+                             tr("Register %1.%2 is defined twice").arg(block.name, reg.name));
             names << reg.name;
             const quint64 first = quint64(block.base) + reg.offset;
-            spans.append({first, first + quint64(reg.size), block.name + QLatin1Char('.') + reg.name,
-                          reg.line});
+            spans.append({first, first + quint64(reg.size),
+                          block.name + QLatin1Char('.') + reg.name, reg.line});
         }
     }
     std::sort(spans.begin(), spans.end(),
               [](const Span &a, const Span &b) { return a.first < b.first; });
     for (int i = 1; i < spans.size(); ++i)
         if (spans.at(i).first < spans.at(i - 1).end)
-            return error(spans.at(i).line, tr("Register %1 overlaps register %2")
-                                               .arg(spans.at(i).name, spans.at(i - 1).name));
+            return error(
+                spans.at(i).line,
+                tr("Register %1 overlaps register %2").arg(spans.at(i).name, spans.at(i - 1).name));
     return std::nullopt;
 }

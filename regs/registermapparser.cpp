@@ -54,10 +54,9 @@ quint64 number(const toml::node &node, const QString &key, quint64 max)
             value = parsed;
     }
     if (!value || *value > max)
-        throw Refusal{lineOf(node),
-                      RegisterMapParser::tr("%1 must be a whole number from 0 to %2")
-                          .arg(key)
-                          .arg(max)};
+        throw Refusal{
+            lineOf(node),
+            RegisterMapParser::tr("%1 must be a whole number from 0 to %2").arg(key).arg(max)};
     return *value;
 }
 

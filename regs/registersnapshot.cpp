@@ -39,10 +39,9 @@ QByteArray RegisterSnapshot::format(const RegisterCatalog &catalog, const Snapsh
         if (!blocks.contains(e.block))
             blocks.append(e.block);
         const quint64 value = values.value(i);
-        QString line = QStringLiteral("%1 = %2").arg(e.reg.name, valueText(value, e.reg.size));
-        const QString shown = RegisterValue::format(e.reg, value);
-        if (!shown.startsWith(QLatin1String("0x")))
-            line += QStringLiteral("  # ") + shown;
+        QString line = e.reg.name + QLatin1String(" = ") + valueText(value, e.reg.size);
+        if (e.reg.format != ValueFormat::Hex)
+            line += QLatin1String("  # ") + RegisterValue::format(e.reg, value);
         lines[e.block].append(line);
     }
     QString text = QStringLiteral("# ") + heading + QLatin1Char('\n');
@@ -62,7 +61,8 @@ SnapshotResult RegisterSnapshot::parse(const RegisterCatalog &catalog, const QBy
         for (auto &&[blockKey, blockNode] : root) {
             const int blockLine = int(blockKey.source().begin.line);
             if (!blockNode.is_table())
-                return MapError{fileName, blockLine, tr("%1 is not a block").arg(qs(blockKey.str()))};
+                return MapError{fileName, blockLine,
+                                tr("%1 is not a block").arg(qs(blockKey.str()))};
             for (auto &&[key, node] : *blockNode.as_table()) {
                 const int line = int(key.source().begin.line);
                 const QString name = qs(blockKey.str()) + QLatin1Char('.') + qs(key.str());
@@ -80,10 +80,9 @@ SnapshotResult RegisterSnapshot::parse(const RegisterCatalog &catalog, const QBy
                     value = RegisterValue::parse(qs(*typed), 64, ValueFormat::Hex, {}, &error);
                 }
                 if (!value || (reg.size < 8 && *value >> (reg.size * 8)))
-                    return MapError{fileName, line,
-                                    tr("The value of %1 is not a number of %2 bytes")
-                                        .arg(name)
-                                        .arg(reg.size)};
+                    return MapError{
+                        fileName, line,
+                        tr("The value of %1 is not a number of %2 bytes").arg(name).arg(reg.size)};
                 values.insert(index, *value);
             }
         }

@@ -98,9 +98,8 @@ QString RegisterValue::format(const RegisterField &field, quint64 raw)
     return format(field.extract(raw), field.width(), field.format, field.values);
 }
 
-std::optional<quint64> RegisterValue::parse(const QString &text, int widthBits,
-                                            ValueFormat format, const QList<NamedValue> &names,
-                                            QString *error)
+std::optional<quint64> RegisterValue::parse(const QString &text, int widthBits, ValueFormat format,
+                                            const QList<NamedValue> &names, QString *error)
 {
     const QString typed = text.trimmed();
     for (const NamedValue &named : names)
@@ -120,10 +119,9 @@ std::optional<quint64> RegisterValue::parse(const QString &text, int widthBits,
         QStringList known;
         for (const NamedValue &named : names)
             known << named.name;
-        *error = known.isEmpty()
-                     ? tr("\"%1\" is not a number").arg(typed)
-                     : tr("\"%1\" is neither a number nor one of: %2")
-                           .arg(typed, known.join(QLatin1String(", ")));
+        *error = known.isEmpty() ? tr("\"%1\" is not a number").arg(typed)
+                                 : tr("\"%1\" is neither a number nor one of: %2")
+                                       .arg(typed, known.join(QLatin1String(", ")));
         return std::nullopt;
     }
     if (!fits(*value, widthBits)) {

@@ -23,17 +23,22 @@ QString describe(const MapResult &result)
     for (const RegisterBlock &block : std::get<RegisterMap>(result).blocks) {
         words << QStringLiteral("%1@%2").arg(block.name).arg(block.base, 0, 16);
         for (const Register &reg : block.registers) {
-            words << QStringLiteral("%1+%2/%3%4").arg(reg.name).arg(reg.offset, 0, 16)
-                         .arg(reg.size).arg(RegisterMap::accessWord(reg.access));
+            words << QStringLiteral("%1+%2/%3%4")
+                         .arg(reg.name)
+                         .arg(reg.offset, 0, 16)
+                         .arg(reg.size)
+                         .arg(RegisterMap::accessWord(reg.access));
             if (reg.reset)
                 words << QStringLiteral("reset=%1").arg(*reg.reset, 0, 16);
             for (const RegisterField &field : reg.fields) {
                 QStringList values;
                 for (const NamedValue &named : field.values)
                     values << QStringLiteral("%1=%2").arg(named.name).arg(named.value);
-                words << QStringLiteral("%1[%2:%3]%4{%5}").arg(field.name).arg(field.msb)
-                             .arg(field.lsb).arg(RegisterMap::accessWord(field.access),
-                                                 values.join(','));
+                words << QStringLiteral("%1[%2:%3]%4{%5}")
+                             .arg(field.name)
+                             .arg(field.msb)
+                             .arg(field.lsb)
+                             .arg(RegisterMap::accessWord(field.access), values.join(','));
             }
         }
     }
@@ -250,8 +255,10 @@ private:
         for (const SimAccess &access : m_sim.sim()->accessLog())
             asked << (access.direction == SimAccess::Read
                           ? QStringLiteral("R%1/%2").arg(access.address, 0, 16).arg(access.length)
-                          : QStringLiteral("W%1/%2:%3").arg(access.address, 0, 16)
-                                .arg(access.length).arg(QString(access.data.toHex())))
+                          : QStringLiteral("W%1/%2:%3")
+                                .arg(access.address, 0, 16)
+                                .arg(access.length)
+                                .arg(QString(access.data.toHex())))
                          .toUpper();
         return asked.join(' ');
     }

@@ -59,7 +59,8 @@ public:
 
 QString addressText(quint32 address)
 {
-    return QStringLiteral("0x") + QStringLiteral("%1").arg(address, 8, 16, QLatin1Char('0')).toUpper();
+    return QStringLiteral("0x") +
+           QStringLiteral("%1").arg(address, 8, 16, QLatin1Char('0')).toUpper();
 }
 
 QString bitsText(const RegisterField &field)
@@ -116,9 +117,9 @@ bool RegistersTab::addMapFile(const QString &fileName)
 
 void RegistersTab::loadMap()
 {
-    const QString fileName = QFileDialog::getOpenFileName(
-        this, tr("Load Register Map"), QString(),
-        tr("Register maps (*.toml *.xml);;All files (*)"));
+    const QString fileName =
+        QFileDialog::getOpenFileName(this, tr("Load Register Map"), QString(),
+                                     tr("Register maps (*.toml *.xml);;All files (*)"));
     if (!fileName.isEmpty())
         (void)addMapFile(fileName);
 }
@@ -144,9 +145,9 @@ void RegistersTab::rebuildTree()
             block->setExpanded(true);
             block->setFirstColumnSpanned(false);
         }
-        auto *item = new QTreeWidgetItem(
-            block, {e.reg.name, addressText(e.address), RegisterMap::accessWord(e.reg.access),
-                    QString(), QString(), e.reg.description});
+        auto *item = new QTreeWidgetItem(block, {e.reg.name, addressText(e.address),
+                                                 RegisterMap::accessWord(e.reg.access), QString(),
+                                                 QString(), e.reg.description});
         item->setData(NameColumn, kEntryRole, index);
         item->setData(NameColumn, kFieldRole, -1);
         if (RegisterMap::writable(e.reg.access))
@@ -156,9 +157,9 @@ void RegistersTab::rebuildTree()
         item->setExpanded(e.source != QLatin1String(DeviceMap::kSource));
         for (int f = 0; f < e.reg.fields.size(); ++f) {
             const RegisterField &field = e.reg.fields.at(f);
-            auto *child = new QTreeWidgetItem(
-                item, {field.name, bitsText(field), RegisterMap::accessWord(field.access),
-                       QString(), QString(), field.description});
+            auto *child = new QTreeWidgetItem(item, {field.name, bitsText(field),
+                                                     RegisterMap::accessWord(field.access),
+                                                     QString(), QString(), field.description});
             child->setData(NameColumn, kEntryRole, index);
             child->setData(NameColumn, kFieldRole, f);
             QStringList names;
@@ -225,7 +226,8 @@ void RegistersTab::readEntries(const QList<int> &entries)
     }
     const QScopedValueRollback<bool> updating(m_updating, true);
     for (auto it = values.cbegin(); it != values.cend(); ++it) {
-        const bool changed = m_lastRead.contains(it.key()) && m_lastRead.value(it.key()) != it.value();
+        const bool changed =
+            m_lastRead.contains(it.key()) && m_lastRead.value(it.key()) != it.value();
         showValue(it.key(), it.value(), changed);
         m_lastRead.insert(it.key(), it.value());
     }
@@ -254,8 +256,8 @@ void RegistersTab::showValue(int entry, quint64 raw, bool changed)
         QTreeWidgetItem *child = item->child(f);
         const RegisterField &field = reg.fields.at(f);
         const bool fieldChanged = changed && field.extract(before) != field.extract(raw);
-        child->setText(RawColumn, RegisterValue::format(field.extract(raw), field.width(),
-                                                        ValueFormat::Hex));
+        child->setText(RawColumn,
+                       RegisterValue::format(field.extract(raw), field.width(), ValueFormat::Hex));
         child->setText(ValueColumn, RegisterValue::format(field, raw));
         for (const int column : {RawColumn, ValueColumn}) {
             child->setData(column, Qt::BackgroundRole, fieldChanged ? changedBrush : QBrush());
@@ -275,12 +277,11 @@ void RegistersTab::takeEdit(QTreeWidgetItem *item, int column)
     const Register &reg = m_catalog.entry(entry).reg;
     QString error;
     const std::optional<quint64> value =
-        fieldIndex < 0 ? RegisterValue::parse(item->text(ValueColumn), reg.size * 8, reg.format,
-                                              {}, &error)
-                       : RegisterValue::parse(item->text(ValueColumn),
-                                              reg.fields.at(fieldIndex).width(),
-                                              reg.fields.at(fieldIndex).format,
-                                              reg.fields.at(fieldIndex).values, &error);
+        fieldIndex < 0
+            ? RegisterValue::parse(item->text(ValueColumn), reg.size * 8, reg.format, {}, &error)
+            : RegisterValue::parse(item->text(ValueColumn), reg.fields.at(fieldIndex).width(),
+                                   reg.fields.at(fieldIndex).format,
+                                   reg.fields.at(fieldIndex).values, &error);
     const QScopedValueRollback<bool> updating(m_updating, true);
     if (!value) {
         reportError(tr("%1: %2").arg(item->text(NameColumn), error));

@@ -46,7 +46,14 @@ public slots:
     bool addMapFile(const QString &fileName);
 
 private:
-    enum Column { NameColumn, AddressColumn, AccessColumn, RawColumn, ValueColumn, DescriptionColumn };
+    enum Column {
+        NameColumn,
+        AddressColumn,
+        AccessColumn,
+        RawColumn,
+        ValueColumn,
+        DescriptionColumn
+    };
 
     void rebuildTree();
     void fitColumns();
@@ -59,8 +66,8 @@ private:
     std::unique_ptr<Ui::RegistersTab> m_ui;
     WrenAgent *m_agent = nullptr;
     RegisterCatalog m_catalog;
-    QHash<int, QTreeWidgetItem *> m_items;   // by entry
-    QHash<int, quint64> m_lastRead;          // by entry
+    QHash<int, QTreeWidgetItem *> m_items;     // by entry
+    QHash<int, quint64> m_lastRead;            // by entry
     QHash<QTreeWidgetItem *, quint64> m_edits; // typed values waiting for Write
     bool m_expert = false;
     bool m_updating = false;
