@@ -22,7 +22,7 @@ QList<ReadSpan> RegisterIo::plan(const RegisterCatalog &catalog, const QList<int
         if (RegisterMap::readable(catalog.entry(index).reg.access))
             sorted.append(index);
     std::sort(sorted.begin(), sorted.end());
-    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+    sorted.resize(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
     QList<ReadSpan> spans;
     for (const int index : std::as_const(sorted)) {
         const RegisterEntry &e = catalog.entry(index);
@@ -86,7 +86,7 @@ QList<RegisterChange> RegisterIo::apply(const QList<FieldWrite> &writes)
         order.insert(m_catalog.entry(index).address, index);
         byEntry[index].append(write);
     }
-    for (const int index : order) {
+    for (const int index : std::as_const(order)) {
         const bool wholeWrite = std::any_of(byEntry[index].cbegin(), byEntry[index].cend(),
                                             [](const FieldWrite &w) { return w.target.field < 0; });
         if (!wholeWrite && RegisterMap::readable(m_catalog.entry(index).reg.access))
@@ -95,7 +95,7 @@ QList<RegisterChange> RegisterIo::apply(const QList<FieldWrite> &writes)
     AccessGate::Hold hold(m_agent->gate());
     const QHash<int, quint64> before = read(toRead);
     QList<RegisterChange> changes;
-    for (const int index : order) {
+    for (const int index : std::as_const(order)) {
         const Register &reg = m_catalog.entry(index).reg;
         RegisterChange change{index, std::nullopt, 0};
         if (before.contains(index))
@@ -127,7 +127,7 @@ void RegisterIo::writeValues(const QHash<int, quint64> &values)
             (void)m_agent->write(address, pending, m_timeoutMs);
         pending.clear();
     };
-    for (const int index : order) {
+    for (const int index : std::as_const(order)) {
         const RegisterEntry &e = m_catalog.entry(index);
         if (pending.isEmpty() || quint64(address) + quint64(pending.size()) != e.address ||
             pending.size() + e.reg.size > kMaxAccessBytes) {

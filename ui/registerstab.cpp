@@ -20,8 +20,8 @@ namespace {
 constexpr int kEntryRole = Qt::UserRole;
 constexpr int kFieldRole = Qt::UserRole + 1; // -1 for a register, -2 for a block
 constexpr int kNamesRole = Qt::UserRole + 2; // a field's named values, for the editor
-const QColor kChangedColor(255, 228, 160);
-const QColor kEditedColor(40, 90, 200);
+constexpr QRgb kChangedRgb = qRgb(255, 228, 160);
+constexpr QRgb kEditedRgb = qRgb(40, 90, 200);
 
 // The value column edits in a combo box that offers a field's named values and takes any text.
 class ValueDelegate : public QStyledItemDelegate
@@ -183,7 +183,10 @@ void RegistersTab::fitColumns()
 
 QList<int> RegistersTab::visibleEntries() const
 {
-    QList<int> entries = m_items.keys();
+    QList<int> entries;
+    entries.reserve(m_items.size());
+    for (auto it = m_items.cbegin(); it != m_items.cend(); ++it)
+        entries << it.key();
     std::sort(entries.begin(), entries.end());
     return entries;
 }
@@ -244,7 +247,7 @@ void RegistersTab::showValue(int entry, quint64 raw, bool changed)
         return;
     const Register &reg = m_catalog.entry(entry).reg;
     const quint64 before = m_lastRead.value(entry, raw);
-    const QBrush changedBrush(kChangedColor);
+    const QBrush changedBrush(QColor::fromRgb(kChangedRgb));
     item->setText(RawColumn, RegisterValue::format(raw, reg.size * 8, ValueFormat::Hex));
     item->setText(ValueColumn, RegisterValue::format(reg, raw));
     for (const int column : {RawColumn, ValueColumn}) {
@@ -292,7 +295,7 @@ void RegistersTab::takeEdit(QTreeWidgetItem *item, int column)
         return;
     }
     m_edits.insert(item, *value);
-    item->setData(ValueColumn, Qt::ForegroundRole, QBrush(kEditedColor));
+    item->setData(ValueColumn, Qt::ForegroundRole, QBrush(QColor::fromRgb(kEditedRgb)));
     QFont font = item->font(ValueColumn);
     font.setBold(true);
     item->setFont(ValueColumn, font);
@@ -328,10 +331,10 @@ void RegistersTab::writeEdited()
         return;
     }
     reportResult(RegisterRange::writeDoneText());
-    for (QTreeWidgetItem *item : m_edits.keys()) {
-        QFont font = item->font(ValueColumn);
+    for (auto it = m_edits.cbegin(); it != m_edits.cend(); ++it) {
+        QFont font = it.key()->font(ValueColumn);
         font.setBold(false);
-        item->setFont(ValueColumn, font);
+        it.key()->setFont(ValueColumn, font);
     }
     m_edits.clear();
     readEntries(entries); // shows what the device holds now
