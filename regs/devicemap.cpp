@@ -4,6 +4,8 @@
 #include "modules/rs232clayout.h"
 #include "settings/mavixsetting.h"
 
+#include <QCoreApplication>
+
 namespace {
 
 using Access = RegisterAccessMode;
@@ -16,7 +18,7 @@ Register reg(const char *name, quint32 offset, int size, ValueFormat format,
     r.offset = offset;
     r.size = size;
     r.format = format;
-    r.description = QLatin1String(description);
+    r.description = QCoreApplication::translate("DeviceMap", description);
     r.fields = std::move(fields);
     return r;
 }
@@ -38,30 +40,39 @@ NamedValue named(const char *name, quint64 value)
     return {QLatin1String(name), value, QString()};
 }
 
+// Descriptions are shown in the user's language (context "DeviceMap").
+
 // The fields of the settings image, at their offsets in the 64-byte image.
 QList<Register> settingsImage()
 {
     using F = ValueFormat;
     return {
-        reg("flags", 0x10, 1, F::Hex, "Flag byte",
+        reg("flags", 0x10, 1, F::Hex, QT_TRANSLATE_NOOP("DeviceMap", "Flag byte"),
             {field("keep_alive", 2, 2, {named("off", 0), named("on", 1)})}),
-        reg("mac_address", 0x12, 6, F::Mac, "MAC address"),
-        reg("ip_address", 0x18, 4, F::Ipv4, "IPv4 address"),
+        reg("mac_address", 0x12, 6, F::Mac, QT_TRANSLATE_NOOP("DeviceMap", "MAC address")),
+        reg("ip_address", 0x18, 4, F::Ipv4, QT_TRANSLATE_NOOP("DeviceMap", "IPv4 address")),
         reg("tcp_data_port", 0x1C, 2, F::Decimal,
-            "TCP data port; with ZEL-RS232C, the DTE connector's port"),
+            QT_TRANSLATE_NOOP("DeviceMap",
+                              "TCP data port; with ZEL-RS232C, the DTE connector's port")),
         reg("tcp_command_port", 0x1E, 2, F::Decimal,
-            "TCP command port; with ZEL-RS232C, the DCE connector's port"),
-        reg("tcp_max_segment_size", 0x20, 2, F::Decimal, "TCP max segment size"),
-        reg("udp_port", 0x22, 2, F::Decimal, "UDP port"),
+            QT_TRANSLATE_NOOP("DeviceMap",
+                              "TCP command port; with ZEL-RS232C, the DCE connector's port")),
+        reg("tcp_max_segment_size", 0x20, 2, F::Decimal,
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP max segment size")),
+        reg("udp_port", 0x22, 2, F::Decimal, QT_TRANSLATE_NOOP("DeviceMap", "UDP port")),
         reg("keep_alive_busy_ms", 0x24, 2, F::Decimal,
-            "TCP keep-alive while the send buffer is not empty, ms"),
+            QT_TRANSLATE_NOOP("DeviceMap",
+                              "TCP keep-alive while the send buffer is not empty, ms")),
         reg("keep_alive_idle_ms", 0x26, 2, F::Decimal,
-            "TCP keep-alive while the send buffer is empty, ms"),
-        reg("connect_timeout_ms", 0x28, 2, F::Decimal, "TCP time-out, connecting, ms"),
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP keep-alive while the send buffer is empty, ms")),
+        reg("connect_timeout_ms", 0x28, 2, F::Decimal,
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP time-out, connecting, ms")),
         reg("disconnect_timeout_256ms", 0x2A, 2, F::Decimal,
-            "TCP time-out, disconnect, in units of 256 ms"),
-        reg("reconnect_interval_ms", 0x2C, 2, F::Decimal, "TCP re-connect interval, ms"),
-        reg("retransmission_timer_ms", 0x2E, 2, F::Decimal, "TCP re-transmission timer, ms"),
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP time-out, disconnect, in units of 256 ms")),
+        reg("reconnect_interval_ms", 0x2C, 2, F::Decimal,
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP re-connect interval, ms")),
+        reg("retransmission_timer_ms", 0x2E, 2, F::Decimal,
+            QT_TRANSLATE_NOOP("DeviceMap", "TCP re-transmission timer, ms")),
     };
 }
 
@@ -128,7 +139,7 @@ RegisterBlock block(const char *name, quint32 base, const char *description,
     RegisterBlock b;
     b.name = QLatin1String(name);
     b.base = base;
-    b.description = QLatin1String(description);
+    b.description = QCoreApplication::translate("DeviceMap", description);
     b.registers = std::move(registers);
     return b;
 }
@@ -142,26 +153,33 @@ RegisterMap DeviceMap::map()
     QList<Register> eeprom = settingsImage();
     eeprom.append(reg("write_permission",
                       MavixSetting::kEepromPermission - MavixSetting::kEepromBase, 1,
-                      ValueFormat::Hex, "EEPROM write permission",
+                      ValueFormat::Hex, QT_TRANSLATE_NOOP("DeviceMap", "EEPROM write permission"),
                       {field("state", 7, 0, {named("granted", 0x00), named("released", 0xFF)})}));
     Register lineState =
         reg("line_state", Rs232c::kLineStateAddress, Rs232c::kLineStateSize, ValueFormat::Hex,
-            "Line states, byte 0 DTE, byte 1 DCE; 0 = on", lineStateFields());
+            QT_TRANSLATE_NOOP("DeviceMap", "Line states, byte 0 DTE, byte 1 DCE; 0 = on"),
+            lineStateFields());
     lineState.access = Access::ReadOnly;
     map.blocks = {
-        block("settings", MavixSetting::kRunningBase, "Settings image, running copy",
-              settingsImage()),
-        block("eeprom", MavixSetting::kEepromBase, "Settings image, EEPROM copy", eeprom),
-        block("rs232c", 0, "ZEL-RS232C serial bridge",
+        block("settings", MavixSetting::kRunningBase,
+              QT_TRANSLATE_NOOP("DeviceMap", "Settings image, running copy"), settingsImage()),
+        block("eeprom", MavixSetting::kEepromBase,
+              QT_TRANSLATE_NOOP("DeviceMap", "Settings image, EEPROM copy"), eeprom),
+        block("rs232c", 0, QT_TRANSLATE_NOOP("DeviceMap", "ZEL-RS232C serial bridge"),
               {reg("config", Rs232c::kConfigAddress, Rs232c::kConfigSize, ValueFormat::Hex,
-                   "Serial configuration, running copy", serialConfigFields()),
+                   QT_TRANSLATE_NOOP("DeviceMap", "Serial configuration, running copy"),
+                   serialConfigFields()),
                reg("config_eeprom", Rs232c::kConfigAddress - Rs232c::kEepromOffset,
-                   Rs232c::kConfigSize, ValueFormat::Hex, "Serial configuration, EEPROM copy",
+                   Rs232c::kConfigSize, ValueFormat::Hex,
+                   QT_TRANSLATE_NOOP("DeviceMap", "Serial configuration, EEPROM copy"),
                    serialConfigFields()),
                lineState}),
-        block("gpib", GpibModuleSetting::kAddress, "ZEL-GPIB bridge settings",
-              {reg("controller_address", 0, 1, ValueFormat::Decimal, "Controller address, 0 to 30"),
-               reg("timeout_10ms", 2, 2, ValueFormat::Decimal, "Bus time-out in units of 10 ms")}),
+        block("gpib", GpibModuleSetting::kAddress,
+              QT_TRANSLATE_NOOP("DeviceMap", "ZEL-GPIB bridge settings"),
+              {reg("controller_address", 0, 1, ValueFormat::Decimal,
+                   QT_TRANSLATE_NOOP("DeviceMap", "Controller address, 0 to 30")),
+               reg("timeout_10ms", 2, 2, ValueFormat::Decimal,
+                   QT_TRANSLATE_NOOP("DeviceMap", "Bus time-out in units of 10 ms"))}),
     };
     const auto alias = [&map](const char *name, const char *target) {
         map.aliases.insert(QLatin1String(name), QLatin1String(target));

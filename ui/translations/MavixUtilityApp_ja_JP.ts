@@ -247,6 +247,101 @@
     </message>
 </context>
 <context>
+    <name>DeviceMap</name>
+    <message>
+        <source>Flag byte</source>
+        <translation>フラグバイト</translation>
+    </message>
+    <message>
+        <source>MAC address</source>
+        <translation>MAC アドレス</translation>
+    </message>
+    <message>
+        <source>IPv4 address</source>
+        <translation>IPv4 アドレス</translation>
+    </message>
+    <message>
+        <source>TCP data port; with ZEL-RS232C, the DTE connector&apos;s port</source>
+        <translation>TCP データポート。ZEL-RS232C では DTE コネクタのポート</translation>
+    </message>
+    <message>
+        <source>TCP command port; with ZEL-RS232C, the DCE connector&apos;s port</source>
+        <translation>TCP コマンドポート。ZEL-RS232C では DCE コネクタのポート</translation>
+    </message>
+    <message>
+        <source>TCP max segment size</source>
+        <translation>TCP 最大セグメントサイズ</translation>
+    </message>
+    <message>
+        <source>UDP port</source>
+        <translation>UDP ポート</translation>
+    </message>
+    <message>
+        <source>TCP keep-alive while the send buffer is not empty, ms</source>
+        <translation>送信バッファが空でないときの TCP キープアライブ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP keep-alive while the send buffer is empty, ms</source>
+        <translation>送信バッファが空のときの TCP キープアライブ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP time-out, connecting, ms</source>
+        <translation>TCP タイムアウト、接続 (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP time-out, disconnect, in units of 256 ms</source>
+        <translation>TCP タイムアウト、切断 (256 ミリ秒単位)</translation>
+    </message>
+    <message>
+        <source>TCP re-connect interval, ms</source>
+        <translation>TCP 再接続間隔 (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP re-transmission timer, ms</source>
+        <translation>TCP 再送タイマ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>EEPROM write permission</source>
+        <translation>EEPROM 書き込み許可</translation>
+    </message>
+    <message>
+        <source>Line states, byte 0 DTE, byte 1 DCE; 0 = on</source>
+        <translation>信号線の状態。バイト 0 が DTE、バイト 1 が DCE、0 = オン</translation>
+    </message>
+    <message>
+        <source>Settings image, running copy</source>
+        <translation>設定イメージ、動作中のコピー</translation>
+    </message>
+    <message>
+        <source>Settings image, EEPROM copy</source>
+        <translation>設定イメージ、EEPROM のコピー</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C serial bridge</source>
+        <translation>ZEL-RS232C シリアルブリッジ</translation>
+    </message>
+    <message>
+        <source>Serial configuration, running copy</source>
+        <translation>シリアル設定、動作中のコピー</translation>
+    </message>
+    <message>
+        <source>Serial configuration, EEPROM copy</source>
+        <translation>シリアル設定、EEPROM のコピー</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB bridge settings</source>
+        <translation>ZEL-GPIB ブリッジの設定</translation>
+    </message>
+    <message>
+        <source>Controller address, 0 to 30</source>
+        <translation>コントローラアドレス (0 から 30)</translation>
+    </message>
+    <message>
+        <source>Bus time-out in units of 10 ms</source>
+        <translation>バスタイムアウト (10 ミリ秒単位)</translation>
+    </message>
+</context>
+<context>
     <name>ExpertTab</name>
     <message>
         <source>Target</source>
