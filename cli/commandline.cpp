@@ -4,9 +4,11 @@
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/mapcommands.h"
 #include "cli/registercommands.h"
 #include "cli/settingscommands.h"
 #include "cli/transfercommand.h"
+#include "regs/registercatalog.h"
 #include "settings/mavixsetting.h"
 #include "wren/wrenagent.h"
 
@@ -52,6 +54,15 @@ CommandLine::CommandLine()
                               tr("Register address, hexadecimal (up to 8 digits).")};
     const QStringList length{QStringLiteral("LEN"), tr("Number of bytes, 0 to 255.")};
     const QStringList file{QStringLiteral("FILE"), tr("The file.")};
+    const QCommandLineOption map(QStringLiteral("map"),
+                                 tr("Load a register map beside the built-in one (repeatable); the "
+                                    "environment variable %1 names more, separated by ':'.")
+                                     .arg(QLatin1String(RegisterCatalog::kMapsVariable)),
+                                 QStringLiteral("FILE"));
+    const QCommandLineOption expert(
+        QStringLiteral("expert"),
+        tr("Allow writes into the top 64 KiB of the address space (expert mode)."));
+    const QStringList snapshot{QStringLiteral("SNAPSHOT"), tr("A file written by mavix dump.")};
     using Direction = TransferCommand::Direction;
     m_commands = {
         {QStringLiteral("read"),
@@ -125,6 +136,59 @@ CommandLine::CommandLine()
          2,
          2,
          &RegisterCommands::watch},
+        {QStringLiteral("regs"),
+         QStringLiteral("[PATTERN] [--map FILE]"),
+         tr("List the register map: blocks, registers and fields, all or those that match."),
+         {map},
+         {{QStringLiteral("PATTERN"), tr("A block or register name, or a pattern with * and ?.")}},
+         0,
+         1,
+         &MapCommands::regs},
+        {QStringLiteral("get"),
+         QStringLiteral("NAME|NAME.FIELD ... [--map FILE]"),
+         tr("Read registers by name and show their values and fields decoded."),
+         {map},
+         {{QStringLiteral("NAME"), tr("A register or field name, as mavix regs lists them."),
+           QStringLiteral("NAME|NAME.FIELD ...")}},
+         1,
+         -1,
+         &MapCommands::get},
+        {QStringLiteral("put"),
+         QStringLiteral("NAME.FIELD=VALUE ... [--expert] [--map FILE]"),
+         tr("Change fields (or whole registers) by read-modify-write: one read and one write per "
+            "register."),
+         {map, expert},
+         {{QStringLiteral("NAME=VALUE"),
+           tr("A field or register and its new value: a number or one of its named values."),
+           QStringLiteral("NAME.FIELD=VALUE ...")}},
+         1,
+         -1,
+         &MapCommands::put},
+        {QStringLiteral("dump"),
+         QStringLiteral("[PATTERN] [--map FILE]"),
+         tr("Read every readable register (or those that match) and print them as a snapshot "
+            "file."),
+         {map},
+         {{QStringLiteral("PATTERN"), tr("A block or register name, or a pattern with * and ?.")}},
+         0,
+         1,
+         &MapCommands::dump},
+        {QStringLiteral("diff"),
+         QStringLiteral("SNAPSHOT [--map FILE]"),
+         tr("Show the registers whose values on the device differ from a snapshot."),
+         {map},
+         {snapshot},
+         1,
+         1,
+         &MapCommands::diff},
+        {QStringLiteral("load"),
+         QStringLiteral("SNAPSHOT [--yes] [--expert] [--map FILE]"),
+         tr("Write a snapshot's writable registers back to the device (asks first)."),
+         {map, expert, {QStringLiteral("yes"), tr("Write without asking.")}},
+         {snapshot},
+         1,
+         1,
+         &MapCommands::load},
     };
 }
 

@@ -12,6 +12,7 @@ PACKAGES=(
   python3 socat xdg-utils ccache
   clang libclang-rt-14-dev clazy gcovr
   dpkg-dev fakeroot lintian appstream
+  libtomlplusplus-dev
 )
 
 missing=()

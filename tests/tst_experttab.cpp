@@ -106,10 +106,10 @@ private slots:
     {
         QTest::addColumn<QString>("titles");
         const QString normal = "General, Control(UDP), Data(TCP), ZEL-RS232C, ZEL-GPIB";
-        QTest::addRow("normal") << normal;
-        QTest::addRow("expert") << normal + ", Detail";
-        QTest::addRow("server") << normal + ", Server";
-        QTest::addRow("expert and server") << normal + ", Detail, Server";
+        QTest::addRow("normal") << normal + ", Registers"; // the register maps come last
+        QTest::addRow("expert") << normal + ", Detail, Registers";
+        QTest::addRow("server") << normal + ", Server, Registers";
+        QTest::addRow("expert and server") << normal + ", Detail, Server, Registers";
     }
     void tabSets()
     {

@@ -72,6 +72,15 @@ private slots:
         for (const auto &[fault, code] : std::initializer_list<std::pair<const char *, int>>{{"--drop-every 1", 2}, {"--wrong-vertype", 3}, {"--no-ack", 3}, {"--short-reply", 3}, {"--wrong-id", 2}, {"--flip-rw", 2}}) // a reply with another ID or R/W bit is not the reply: the wait goes on
             QTest::addRow("%s gives %d", fault, code) << "--timeout 300 read 0 4" << fault << code << "" << "";
         QTest::addRow("bus error") << "write 1000 01" << "--bus-error" << 4 << "WREN Recv, Bus Error occured" << "";
+        QTest::addRow("get decodes registers and fields by name") << "get settings.ip_address settings.flags.keep_alive rs232c.config.baud" << "" << 0 << "settings.ip_address = 127.0.0.1\nsettings.flags.keep_alive = off\nrs232c.config.baud = b9600\n" << "";
+        QTest::addRow("get of an unknown name") << "get settings.nothing" << "" << 1 << "No register is named settings.nothing" << "";
+        QTest::addRow("put changes only the field's bits") << "put --map " MAVIX_DOCS_DIR "/scratch-map.toml scratch.ctrl.mode=loopback scratch.ctrl.divider=255" << "" << 0 << "scratch.ctrl = 0x0000FF20 (was 0x00000000)" << "1000=0000FF20";
+        QTest::addRow("put refuses a read-only register") << "put --map " MAVIX_DOCS_DIR "/scratch-map.toml scratch.status.busy=1" << "" << 1 << "scratch.status is read-only" << "1004=00000000";
+        QTest::addRow("put refuses an unknown named value") << "put --map " MAVIX_DOCS_DIR "/scratch-map.toml scratch.ctrl.mode=fast" << "" << 1 << "scratch.ctrl.mode: \"fast\" is neither a number nor one of: idle, run, loopback, test" << "";
+        QTest::addRow("put in the device's own area needs --expert") << "put settings.flags.keep_alive=on" << "" << 1 << "settings.flags: Writing in domain after 0xFFFF0000 is not permitted" << "FFFFFF10=A1";
+        QTest::addRow("put --expert of a field") << "put --expert settings.flags.keep_alive=on" << "" << 0 << "settings.flags = 0xA5 (was 0xA1)" << "FFFFFF10=A5";
+        QTest::addRow("regs as JSON") << "--json regs gpib.timeout_10ms" << "" << 0 << "{\"access\":\"rw\",\"address\":\"0xFFFE1002\",\"description\":\"Bus time-out in units of 10 ms\",\"fields\":[],\"map\":\"built-in\",\"name\":\"gpib.timeout_10ms\",\"size\":2}\n" << "";
+        QTest::addRow("an IP-XACT map") << "--json get --map " MAVIX_DOCS_DIR "/ipxact-sample.xml timer.control" << "" << 0 << "{\"fields\":{\"prescale\":\"div1\",\"start\":\"0\"},\"name\":\"timer.control\",\"raw\":\"0x00000000\",\"value\":\"0x00000000\"}" << "";
         // clang-format on
     }
     void commandLines()
@@ -87,6 +96,30 @@ private slots:
         QCOMPARE(code, exitCode);
         if (!state.isEmpty())
             QCOMPARE(sim.registers(state), state.section('=', 1).toLatin1());
+    }
+    void dumpChangeDiffLoad()
+    {
+        QTemporaryDir dir;
+        Sim sim({});
+        const QStringList map{"--target", sim.target, "--map", MAVIX_DOCS_DIR "/scratch-map.toml"};
+        QCOMPARE(mavix({"--target", sim.target, "write", "1000", "00", "00", "00", "05"}).first, 0);
+        QProcess dump;
+        dump.setStandardOutputFile(dir.filePath("snap"));
+        dump.start(MAVIX_CLI_PATH, QStringList{"dump", "scratch"} + map);
+        QVERIFY(dump.waitForFinished(kProcessTimeoutMs) && dump.exitCode() == 0);
+        QCOMPARE(mavix(QStringList{"put", "scratch.ctrl.mode=run", "scratch.threshold=300"} + map).first, 0);
+        QCOMPARE(mavix(QStringList{"diff", dir.filePath("snap")} + map).second,
+                 "scratch.ctrl: 0x00000005 -> 0x00000015\n  .mode: idle -> run\nscratch.threshold: 0 -> "
+                 "300\nRegisters changed since the snapshot: 2\n");
+        QProcess refused; // answers "n" to the question
+        refused.start(MAVIX_CLI_PATH, QStringList{"load", dir.filePath("snap")} + map);
+        refused.write("n\n");
+        refused.closeWriteChannel();
+        QVERIFY(refused.waitForFinished(kProcessTimeoutMs) && refused.exitCode() == 1);
+        QCOMPARE(sim.registers("1000=00000015"), "00000015");
+        QCOMPARE(mavix(QStringList{"load", "--yes", dir.filePath("snap")} + map).first, 0);
+        QCOMPARE(sim.registers("1000=000000050000"), "000000050000");
+        QVERIFY(mavix(QStringList{"diff", dir.filePath("snap")} + map).second.startsWith("Registers changed since the snapshot: 0"));
     }
     void bigTransfersKeepEveryByte()
     {

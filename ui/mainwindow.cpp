@@ -13,6 +13,7 @@
 #include "settings/udptab.h"
 #include "tcp/tcptab.h"
 #include "ui/aboutdialog.h"
+#include "ui/registerstab.h"
 #include "ui_mainwindow.h"
 #include "wren/wrenagent.h"
 
@@ -195,6 +196,16 @@ void MainWindow::initTabs(const QString &presetTarget)
         m_serverTab->setPort(m_uiPort);
         m_serverTab->start();
     }
+
+    // After the tabs of every mode: the register maps.
+    auto *registersTab = new RegistersTab(m_ui->modeTab);
+    registersTab->setAgent(m_agent);
+    registersTab->setExpertMode(m_expert);
+    m_ui->modeTab->addTab(registersTab, tr("Registers"));
+    connect(registersTab, &RegistersTab::transmissionSuccessed, m_ui->graphicsView,
+            &LogoView::StartAnimation);
+    connect(registersTab, &RegistersTab::transmissionFailed, m_ui->graphicsView,
+            &LogoView::CloseEye);
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);

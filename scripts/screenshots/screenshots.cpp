@@ -20,6 +20,7 @@
 #include "tcp/tcptab.h"
 #include "ui/aboutdialog.h"
 #include "ui/mainwindow.h"
+#include "ui/registerstab.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,6 +37,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include <cstdio>
 
@@ -323,6 +325,25 @@ int main(int argc, char *argv[])
     connector->setCurrentIndex(1);
     click(window, "ZELRS232cReceiveButton");
     save(window, QStringLiteral("rs232c"));
+
+    // The Registers tab: the example map beside the device's own, read twice with a change
+    // between (marked), and a field value typed, waiting for Write.
+    auto *registers = child<RegistersTab>(window, "RegistersTab");
+    tabs->setCurrentWidget(registers);
+    (void)registers->addMapFile(QDir(g_outputFolder).filePath(QStringLiteral("scratch-map.toml")));
+    device.sim()->poke(0x1000, QByteArray::fromHex("00000A11"));
+    device.sim()->poke(0x100C, QByteArray::fromHex("4D560001"));
+    click(window, "registersReadAllButton");
+    device.sim()->poke(0x1004, QByteArray::fromHex("00000301"));
+    click(window, "registersReadAllButton");
+    auto *tree = child<QTreeWidget>(window, "registersTree");
+    const QList<QTreeWidgetItem *> mode =
+        tree->findItems(QStringLiteral("mode"), Qt::MatchExactly | Qt::MatchRecursive);
+    if (!mode.isEmpty())
+        mode.first()->setText(4, QStringLiteral("loopback"));
+    tree->scrollToItem(tree->findItems(QStringLiteral("scratch"), Qt::MatchExactly).value(0),
+                       QAbstractItemView::PositionAtTop);
+    save(window, QStringLiteral("registers"));
 
     window->close();
     dataPort.stop();

@@ -204,6 +204,149 @@
         <source>Time-out of each wait for the device in milliseconds: a register reply; on the data port the connection, a write and the close (default %1).</source>
         <translation>デバイスを待つ時間の上限 (ミリ秒): レジスタの応答、データポートでは接続・書き込み・切断 (既定値 %1)。</translation>
     </message>
+    <message>
+        <source>Load a register map beside the built-in one (repeatable); the environment variable %1 names more, separated by &apos;:&apos;.</source>
+        <translation>組み込みのマップに加えてレジスタマップを読み込みます (複数指定可)。環境変数 %1 でも &apos;:&apos; 区切りで指定できます。</translation>
+    </message>
+    <message>
+        <source>A file written by mavix dump.</source>
+        <translation>mavix dump が書いたファイル。</translation>
+    </message>
+    <message>
+        <source>List the register map: blocks, registers and fields, all or those that match.</source>
+        <translation>レジスタマップ (ブロック、レジスタ、フィールド) を、すべてまたは一致するものだけ一覧表示します。</translation>
+    </message>
+    <message>
+        <source>A block or register name, or a pattern with * and ?.</source>
+        <translation>ブロック名かレジスタ名、または * と ? を使ったパターン。</translation>
+    </message>
+    <message>
+        <source>Read registers by name and show their values and fields decoded.</source>
+        <translation>レジスタを名前で読み出し、値とフィールドを解釈して表示します。</translation>
+    </message>
+    <message>
+        <source>A register or field name, as mavix regs lists them.</source>
+        <translation>mavix regs が表示するレジスタ名またはフィールド名。</translation>
+    </message>
+    <message>
+        <source>Change fields (or whole registers) by read-modify-write: one read and one write per register.</source>
+        <translation>フィールド (またはレジスタ全体) をリード・モディファイ・ライトで変更します。レジスタごとに読み出し 1 回、書き込み 1 回です。</translation>
+    </message>
+    <message>
+        <source>A field or register and its new value: a number or one of its named values.</source>
+        <translation>フィールドまたはレジスタと新しい値 (数値または名前付きの値)。</translation>
+    </message>
+    <message>
+        <source>Read every readable register (or those that match) and print them as a snapshot file.</source>
+        <translation>読み出し可能なすべてのレジスタ (または一致するもの) を読み出し、スナップショットファイルとして出力します。</translation>
+    </message>
+    <message>
+        <source>Show the registers whose values on the device differ from a snapshot.</source>
+        <translation>デバイス上の値がスナップショットと異なるレジスタを表示します。</translation>
+    </message>
+    <message>
+        <source>Write a snapshot&apos;s writable registers back to the device (asks first).</source>
+        <translation>スナップショットの書き込み可能なレジスタをデバイスに書き戻します (先に確認します)。</translation>
+    </message>
+    <message>
+        <source>Write without asking.</source>
+        <translation>確認せずに書き込みます。</translation>
+    </message>
+</context>
+<context>
+    <name>DeviceMap</name>
+    <message>
+        <source>Flag byte</source>
+        <translation>フラグバイト</translation>
+    </message>
+    <message>
+        <source>MAC address</source>
+        <translation>MAC アドレス</translation>
+    </message>
+    <message>
+        <source>IPv4 address</source>
+        <translation>IPv4 アドレス</translation>
+    </message>
+    <message>
+        <source>TCP data port; with ZEL-RS232C, the DTE connector&apos;s port</source>
+        <translation>TCP データポート。ZEL-RS232C では DTE コネクタのポート</translation>
+    </message>
+    <message>
+        <source>TCP command port; with ZEL-RS232C, the DCE connector&apos;s port</source>
+        <translation>TCP コマンドポート。ZEL-RS232C では DCE コネクタのポート</translation>
+    </message>
+    <message>
+        <source>TCP max segment size</source>
+        <translation>TCP 最大セグメントサイズ</translation>
+    </message>
+    <message>
+        <source>UDP port</source>
+        <translation>UDP ポート</translation>
+    </message>
+    <message>
+        <source>TCP keep-alive while the send buffer is not empty, ms</source>
+        <translation>送信バッファが空でないときの TCP キープアライブ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP keep-alive while the send buffer is empty, ms</source>
+        <translation>送信バッファが空のときの TCP キープアライブ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP time-out, connecting, ms</source>
+        <translation>TCP タイムアウト、接続 (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP time-out, disconnect, in units of 256 ms</source>
+        <translation>TCP タイムアウト、切断 (256 ミリ秒単位)</translation>
+    </message>
+    <message>
+        <source>TCP re-connect interval, ms</source>
+        <translation>TCP 再接続間隔 (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>TCP re-transmission timer, ms</source>
+        <translation>TCP 再送タイマ (ミリ秒)</translation>
+    </message>
+    <message>
+        <source>EEPROM write permission</source>
+        <translation>EEPROM 書き込み許可</translation>
+    </message>
+    <message>
+        <source>Line states, byte 0 DTE, byte 1 DCE; 0 = on</source>
+        <translation>信号線の状態。バイト 0 が DTE、バイト 1 が DCE、0 = オン</translation>
+    </message>
+    <message>
+        <source>Settings image, running copy</source>
+        <translation>設定イメージ、動作中のコピー</translation>
+    </message>
+    <message>
+        <source>Settings image, EEPROM copy</source>
+        <translation>設定イメージ、EEPROM のコピー</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C serial bridge</source>
+        <translation>ZEL-RS232C シリアルブリッジ</translation>
+    </message>
+    <message>
+        <source>Serial configuration, running copy</source>
+        <translation>シリアル設定、動作中のコピー</translation>
+    </message>
+    <message>
+        <source>Serial configuration, EEPROM copy</source>
+        <translation>シリアル設定、EEPROM のコピー</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB bridge settings</source>
+        <translation>ZEL-GPIB ブリッジの設定</translation>
+    </message>
+    <message>
+        <source>Controller address, 0 to 30</source>
+        <translation>コントローラアドレス (0 から 30)</translation>
+    </message>
+    <message>
+        <source>Bus time-out in units of 10 ms</source>
+        <translation>バスタイムアウト (10 ミリ秒単位)</translation>
+    </message>
 </context>
 <context>
     <name>ExpertTab</name>
@@ -460,6 +603,25 @@
     </message>
 </context>
 <context>
+    <name>IpxactImport</name>
+    <message>
+        <source>%1 is not a number from 0 to %2</source>
+        <translation>%1 は 0 から %2 までの数値ではありません</translation>
+    </message>
+    <message>
+        <source>Unknown access &quot;%1&quot;</source>
+        <translation>不明なアクセス &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>Register size of %1 bits is not whole bytes</source>
+        <translation>レジスタサイズ %1 ビットはバイト単位ではありません</translation>
+    </message>
+    <message>
+        <source>No address block found</source>
+        <translation>アドレスブロックがありません</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Mavix Utility</source>
@@ -524,6 +686,49 @@
     <message>
         <source>About</source>
         <translation>バージョン情報</translation>
+    </message>
+    <message>
+        <source>Registers</source>
+        <translation>レジスタ</translation>
+    </message>
+</context>
+<context>
+    <name>MapCommands</name>
+    <message>
+        <source>No register matches %1</source>
+        <translation>%1 に一致するレジスタはありません</translation>
+    </message>
+    <message>
+        <source>%1 is write-only</source>
+        <translation>%1 は書き込み専用です</translation>
+    </message>
+    <message>
+        <source>%1 is not NAME=VALUE</source>
+        <translation>%1 は NAME=VALUE の形ではありません</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>No readable register matches %1</source>
+        <translation>%1 に一致する読み出し可能なレジスタはありません</translation>
+    </message>
+    <message>
+        <source>Register values of %1 at %2</source>
+        <translation>%1 のレジスタ値 (%2)</translation>
+    </message>
+    <message>
+        <source>Registers changed since the snapshot: %1</source>
+        <translation>スナップショット以降に変化したレジスタ: %1</translation>
+    </message>
+    <message>
+        <source>Write %1 registers to %2? [y/N]</source>
+        <translation>%1 個のレジスタを %2 に書き込みますか? [y/N]</translation>
+    </message>
+    <message>
+        <source>Nothing written</source>
+        <translation>何も書き込みませんでした</translation>
     </message>
 </context>
 <context>
@@ -670,6 +875,21 @@
     </message>
 </context>
 <context>
+    <name>RegisterCatalog</name>
+    <message>
+        <source>%1 (with the maps already loaded)</source>
+        <translation>%1 (読み込み済みのマップとの間で)</translation>
+    </message>
+    <message>
+        <source>Register %1 has no field %2</source>
+        <translation>レジスタ %1 にフィールド %2 はありません</translation>
+    </message>
+    <message>
+        <source>No register is named %1; see: mavix regs</source>
+        <translation>%1 という名前のレジスタはありません。mavix regs を参照してください</translation>
+    </message>
+</context>
+<context>
     <name>RegisterCommands</name>
     <message>
         <source>Cannot write %1: %2</source>
@@ -682,6 +902,256 @@
     <message>
         <source>--interval must be a whole number of milliseconds from 1, not %1</source>
         <translation>--interval には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterIo</name>
+    <message>
+        <source>%1 is read-only</source>
+        <translation>%1 は読み出し専用です</translation>
+    </message>
+    <message>
+        <source>%1.%2 is read-only</source>
+        <translation>%1.%2 は読み出し専用です</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterMap</name>
+    <message>
+        <source>Register name &quot;%1&quot; is not a name (letters, digits and _)</source>
+        <translation>レジスタ名 &quot;%1&quot; は名前として使えません (英字、数字、_)</translation>
+    </message>
+    <message>
+        <source>Register %1.%2: size %3 is not 1 to 8 bytes</source>
+        <translation>レジスタ %1.%2: サイズ %3 は 1 から 8 バイトではありません</translation>
+    </message>
+    <message>
+        <source>Register %1.%2 lies beyond the 32-bit address space</source>
+        <translation>レジスタ %1.%2 は 32 ビットのアドレス空間を超えています</translation>
+    </message>
+    <message>
+        <source>Register %1.%2: reset value does not fit %3 bytes</source>
+        <translation>レジスタ %1.%2: リセット値が %3 バイトに収まりません</translation>
+    </message>
+    <message>
+        <source>Field name &quot;%1&quot; is not a name (letters, digits and _)</source>
+        <translation>フィールド名 &quot;%1&quot; は名前として使えません (英字、数字、_)</translation>
+    </message>
+    <message>
+        <source>Field %1.%2.%3: bits %4:%5 lie outside the register</source>
+        <translation>フィールド %1.%2.%3: ビット %4:%5 がレジスタの外にあります</translation>
+    </message>
+    <message>
+        <source>Field %1.%2.%3 overlaps another field</source>
+        <translation>フィールド %1.%2.%3 が他のフィールドと重なっています</translation>
+    </message>
+    <message>
+        <source>Field %1.%2.%3: value %4 does not fit the field</source>
+        <translation>フィールド %1.%2.%3: 値 %4 がフィールドに収まりません</translation>
+    </message>
+    <message>
+        <source>Block name &quot;%1&quot; is not a name (letters, digits and _)</source>
+        <translation>ブロック名 &quot;%1&quot; は名前として使えません (英字、数字、_)</translation>
+    </message>
+    <message>
+        <source>Block %1 is defined twice</source>
+        <translation>ブロック %1 が二重に定義されています</translation>
+    </message>
+    <message>
+        <source>Register %1.%2 is defined twice</source>
+        <translation>レジスタ %1.%2 が二重に定義されています</translation>
+    </message>
+    <message>
+        <source>Register %1 overlaps register %2</source>
+        <translation>レジスタ %1 がレジスタ %2 と重なっています</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterMapParser</name>
+    <message>
+        <source>%1 must be a text in quotes</source>
+        <translation>%1 は引用符で囲んだ文字列でなければなりません</translation>
+    </message>
+    <message>
+        <source>%1 must be a whole number from 0 to %2</source>
+        <translation>%1 は 0 から %2 までの整数でなければなりません</translation>
+    </message>
+    <message>
+        <source>Unknown access &quot;%1&quot; (rw, ro or wo)</source>
+        <translation>不明なアクセス &quot;%1&quot; (rw、ro、wo のいずれか)</translation>
+    </message>
+    <message>
+        <source>Unknown format &quot;%1&quot; (hex, dec, ipv4 or mac)</source>
+        <translation>不明な形式 &quot;%1&quot; (hex、dec、ipv4、mac のいずれか)</translation>
+    </message>
+    <message>
+        <source>Unknown key &quot;%1&quot; in %2</source>
+        <translation>%2 に不明なキー &quot;%1&quot; があります</translation>
+    </message>
+    <message>
+        <source>bits must be &quot;MSB:LSB&quot; or one bit number</source>
+        <translation>bits は &quot;MSB:LSB&quot; かビット番号 1 つでなければなりません</translation>
+    </message>
+    <message>
+        <source>Value name &quot;%1&quot; is not a name (letters, digits and _)</source>
+        <translation>値の名前 &quot;%1&quot; は名前として使えません (英字、数字、_)</translation>
+    </message>
+    <message>
+        <source>field %1</source>
+        <translation>フィールド %1</translation>
+    </message>
+    <message>
+        <source>Field %1 has no bits</source>
+        <translation>フィールド %1 に bits がありません</translation>
+    </message>
+    <message>
+        <source>register %1</source>
+        <translation>レジスタ %1</translation>
+    </message>
+    <message>
+        <source>Register %1 has no offset</source>
+        <translation>レジスタ %1 に offset がありません</translation>
+    </message>
+    <message>
+        <source>block %1</source>
+        <translation>ブロック %1</translation>
+    </message>
+    <message>
+        <source>Block %1 has no base</source>
+        <translation>ブロック %1 に base がありません</translation>
+    </message>
+    <message>
+        <source>the map (a block is a [table])</source>
+        <translation>マップ (ブロックは [テーブル] です)</translation>
+    </message>
+    <message>
+        <source>Cannot read the file: %1</source>
+        <translation>ファイルを読めません: %1</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterSnapshot</name>
+    <message>
+        <source>%1 is not a block</source>
+        <translation>%1 はブロックではありません</translation>
+    </message>
+    <message>
+        <source>No register is named %1</source>
+        <translation>%1 という名前のレジスタはありません</translation>
+    </message>
+    <message>
+        <source>The value of %1 is not a number of %2 bytes</source>
+        <translation>%1 の値が %2 バイトの数値ではありません</translation>
+    </message>
+    <message>
+        <source>Cannot read the file: %1</source>
+        <translation>ファイルを読めません: %1</translation>
+    </message>
+</context>
+<context>
+    <name>RegisterValue</name>
+    <message>
+        <source>&quot;%1&quot; is not a number</source>
+        <translation>&quot;%1&quot; は数値ではありません</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is neither a number nor one of: %2</source>
+        <translation>&quot;%1&quot; は数値でも次のいずれでもありません: %2</translation>
+    </message>
+    <message>
+        <source>%1 does not fit %2 bits</source>
+        <translation>%1 は %2 ビットに収まりません</translation>
+    </message>
+</context>
+<context>
+    <name>RegistersTab</name>
+    <message>
+        <source>Filter: name or pattern (settings.*port*)</source>
+        <translation>絞り込み: 名前またはパターン (settings.*port*)</translation>
+    </message>
+    <message>
+        <source>Read</source>
+        <translation>読み出し</translation>
+    </message>
+    <message>
+        <source>Read the selected registers</source>
+        <translation>選択したレジスタを読み出します</translation>
+    </message>
+    <message>
+        <source>Read All</source>
+        <translation>すべて読み出し</translation>
+    </message>
+    <message>
+        <source>Read every register shown</source>
+        <translation>表示中のすべてのレジスタを読み出します</translation>
+    </message>
+    <message>
+        <source>Write</source>
+        <translation>書き込み</translation>
+    </message>
+    <message>
+        <source>Write the edited values (read-modify-write)</source>
+        <translation>編集した値を書き込みます (リード・モディファイ・ライト)</translation>
+    </message>
+    <message>
+        <source>Load Map…</source>
+        <translation>マップを読み込む…</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>名前</translation>
+    </message>
+    <message>
+        <source>Address / Bits</source>
+        <translation>アドレス / ビット</translation>
+    </message>
+    <message>
+        <source>Access</source>
+        <translation>アクセス</translation>
+    </message>
+    <message>
+        <source>Raw</source>
+        <translation>生の値</translation>
+    </message>
+    <message>
+        <source>Value</source>
+        <translation>値</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>説明</translation>
+    </message>
+    <message>
+        <source>Register map %1 loaded</source>
+        <translation>レジスタマップ %1 を読み込みました</translation>
+    </message>
+    <message>
+        <source>Load Register Map</source>
+        <translation>レジスタマップの読み込み</translation>
+    </message>
+    <message>
+        <source>Register maps (*.toml *.xml);;All files (*)</source>
+        <translation>レジスタマップ (*.toml *.xml);;すべてのファイル (*)</translation>
+    </message>
+    <message>
+        <source>Select the registers to read, or press Read All</source>
+        <translation>読み出すレジスタを選択するか、「すべて読み出し」を押してください</translation>
+    </message>
+    <message>
+        <source>%1 registers read</source>
+        <translation>%1 個のレジスタを読み出しました</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>Nothing to write: type a value into the Value column first</source>
+        <translation>書き込むものがありません。先に「値」の列に値を入力してください</translation>
     </message>
 </context>
 <context>
