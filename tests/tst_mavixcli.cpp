@@ -21,8 +21,12 @@ struct Sim
     explicit Sim(const QStringList &arguments)
     {
         process.start(MAVIX_SIM_PATH, QStringList{"--udp-port=0", "--tcp-port=0"} + arguments);
-        QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
-        const auto words = process.readLine().simplified().split(' '); // udp A:U tcp A:T
+        QByteArray line; // a module's line may come first
+        for (int i = 0; i < 3 && !line.contains(" udp "); ++i) {
+            QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
+            line = process.readLine();
+        }
+        const auto words = line.simplified().split(' '); // udp A:U tcp A:T
         target = "127.0.0.1:" + (udpPort = words.value(2).split(':').value(1)) + ':' +
                  words.value(4).split(':').value(1);
     }
@@ -72,6 +76,11 @@ private slots:
         for (const auto &[fault, code] : std::initializer_list<std::pair<const char *, int>>{{"--drop-every 1", 2}, {"--wrong-vertype", 3}, {"--no-ack", 3}, {"--short-reply", 3}, {"--wrong-id", 2}, {"--flip-rw", 2}}) // a reply with another ID or R/W bit is not the reply: the wait goes on
             QTest::addRow("%s gives %d", fault, code) << "--timeout 300 read 0 4" << fault << code << "" << "";
         QTest::addRow("bus error") << "write 1000 01" << "--bus-error" << 4 << "WREN Recv, Bus Error occured" << "";
+        QTest::addRow("gpib query prints the answer") << "gpib query 1 *IDN?" << "--gpib" << 0 << "MAVIX,SIM-GPIB-METER,0,1.0\n" << "";
+        QTest::addRow("gpib duplicated reply unit") << "gpib query 2 AB" << "--gpib --gpib-fault duplicate:5" << 3 << "GPIB reply does not belong to the request" << "";
+        QTest::addRow("gpib set writes with the permission") << "gpib set controller=30" << "--gpib" << 0 << "controller 30" << "FFFE1000=1E000064";
+        QTest::addRow("serial send") << "serial send dte hello" << "--rs232c" << 0 << "ZEL-RS232C sending successed" << "";
+        QTest::addRow("serial set refuses an unknown value") << "serial set parity=both" << "--rs232c" << 1 << "parity must be one of none, mark, space, odd, even, not both" << "FFFFFF3C=70011878";
         // clang-format on
     }
     void commandLines()
