@@ -122,16 +122,6 @@ QByteArray SerialConnectorSession::withDelimiter(const QString &text, int delimi
     return (text + QLatin1String(known ? kEndings[delimiter] : "")).toUtf8();
 }
 
-QString SerialConnectorSession::receivedText(const QByteArray &bytes, bool asHex)
-{
-    QString text = asHex ? QString::fromLatin1(bytes.toHex()) : QString::fromUtf8(bytes);
-    if (text.endsWith(QLatin1String("\r\n")))
-        text.chop(2);
-    else if (text.endsWith(QLatin1Char('\n')))
-        text.chop(1);
-    return text;
-}
-
 void SerialConnectorSession::dropSocket()
 {
     if (!m_socket)

@@ -39,8 +39,6 @@ public:
 
     // Texts
     [[nodiscard]] static QByteArray withDelimiter(const QString &text, int delimiter);
-    // UTF-8 or lower-case hex pairs; one trailing "\r\n" or "\n" is dropped.
-    [[nodiscard]] static QString receivedText(const QByteArray &bytes, bool asHex);
 
 signals:
     // The device ended the connection by itself.

@@ -5,22 +5,44 @@
 #include <QTextEdit>
 #include <QTimer>
 
+namespace {
+
+QString converted(QStringDecoder &decoder, const QByteArray &bytes, TextAreaFeed::Form form)
+{
+    switch (form) {
+    case TextAreaFeed::Form::Hex:
+        return QString::fromLatin1(bytes.toHex());
+    case TextAreaFeed::Form::SpacedHex:
+        return QString::fromLatin1(bytes.toHex(' '));
+    case TextAreaFeed::Form::Text:
+        break;
+    }
+    return decoder.decode(bytes);
+}
+
+} // namespace
+
 void TextAreaFeed::limit(QTextDocument *document)
 {
     document->setMaximumBlockCount(kMaxBlocks);
 }
 
-void TextAreaFeed::append(QTextEdit *area, const QString &text)
+void TextAreaFeed::append(QTextEdit *area, const QByteArray &data, Form form)
 {
-    of(area)->enqueue(text);
+    of(area)->enqueue(data, form);
 }
 
-void TextAreaFeed::append(QPlainTextEdit *area, const QString &text)
+void TextAreaFeed::append(QPlainTextEdit *area, const QByteArray &data, Form form)
 {
-    of(area)->enqueue(text);
+    of(area)->enqueue(data, form);
 }
 
 TextAreaFeed::TextAreaFeed(QWidget *area) : QObject(area), m_area(area) {}
+
+TextAreaFeed::~TextAreaFeed()
+{
+    qDeleteAll(m_queue);
+}
 
 TextAreaFeed *TextAreaFeed::of(QWidget *area)
 {
@@ -28,14 +50,17 @@ TextAreaFeed *TextAreaFeed::of(QWidget *area)
     return feed ? feed : new TextAreaFeed(area);
 }
 
-void TextAreaFeed::enqueue(const QString &text)
+void TextAreaFeed::enqueue(const QByteArray &data, Form form)
 {
-    if (!m_scheduled && text.size() <= kSliceChars) {
-        appendSlice(text);
+    if (!m_scheduled && data.size() <= kSliceBytes) {
+        QStringDecoder decoder(QStringDecoder::Utf8);
+        appendSlice(converted(decoder, data, form));
         return;
     }
-    for (qsizetype at = 0; at < text.size() || at == 0; at += kSliceChars)
-        m_queue << text.mid(at, kSliceChars);
+    auto *pending = new Pending;
+    pending->data = data;
+    pending->form = form;
+    m_queue << pending;
     if (!m_scheduled)
         feedNext();
 }
@@ -54,7 +79,12 @@ void TextAreaFeed::feedNext()
     m_scheduled = false;
     if (m_queue.isEmpty())
         return;
-    appendSlice(m_queue.takeFirst());
+    Pending *pending = m_queue.first();
+    const QByteArray slice = pending->data.mid(pending->at, kSliceBytes);
+    pending->at += kSliceBytes;
+    appendSlice(converted(pending->decoder, slice, pending->form));
+    if (pending->at >= pending->data.size())
+        delete m_queue.takeFirst();
     if (m_queue.isEmpty())
         return;
     m_scheduled = true;

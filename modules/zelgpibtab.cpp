@@ -35,11 +35,6 @@ void ZELGPIBTab::setWaitTimeoutMs(int ms)
         m_bridge->setWaitTimeoutMs(ms);
 }
 
-QString ZELGPIBTab::hexText(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' '));
-}
-
 void ZELGPIBTab::applyTargetSettingChange(MavixSetting setting)
 {
     m_target = setting;
@@ -148,9 +143,10 @@ void ZELGPIBTab::receive()
         m_bridge->receive(*addresses, delimiter(), limited ? maxLength : 0, &received);
     // Bytes that arrived before a failure are shown too: they are what the instrument said.
     if (succeeded || !received.isEmpty())
-        TextAreaFeed::append(m_ui->ZELGPIBReceivedData, m_ui->ZELGPIBShowAsHexCheckBox->isChecked()
-                                                            ? hexText(received)
-                                                            : QString::fromUtf8(received));
+        TextAreaFeed::append(m_ui->ZELGPIBReceivedData, received,
+                             m_ui->ZELGPIBShowAsHexCheckBox->isChecked()
+                                 ? TextAreaFeed::Form::SpacedHex
+                                 : TextAreaFeed::Form::Text);
     announce(succeeded);
 }
 

@@ -33,9 +33,6 @@ public:
     // gives up after this long; 10000 ms unless shortened.
     void setWaitTimeoutMs(int ms);
 
-    // Received bytes as lower-case hex pairs with one blank between pairs: "0d 0a 41".
-    [[nodiscard]] static QString hexText(const QByteArray &bytes);
-
 signals:
     void transmissionFailed();
     void transmissionSuccessed();

@@ -269,10 +269,16 @@ void ZELRS232CTab::receive()
     const qint64 maxLength = m_ui->ZELRS232cMaxReceiveLengthLineEdit->text().toLongLong(&isNumber);
     QByteArray received;
     const bool done = m_bridge->receive(m_shown, isNumber ? maxLength : 0, &received);
-    if (done)
-        TextAreaFeed::append(m_ui->ZELRS232cReceivedDataTextarea,
-                             SerialConnectorSession::receivedText(
-                                 received, m_ui->ZELRS232cShowAsHexCheckBox->isChecked()));
+    if (done) {
+        const bool hex = m_ui->ZELRS232cShowAsHexCheckBox->isChecked();
+        // As text, one line end at the very end is left out: the area starts a new line anyway.
+        if (!hex && received.endsWith("\r\n"))
+            received.chop(2);
+        else if (!hex && received.endsWith('\n'))
+            received.chop(1);
+        TextAreaFeed::append(m_ui->ZELRS232cReceivedDataTextarea, received,
+                             hex ? TextAreaFeed::Form::Hex : TextAreaFeed::Form::Text);
+    }
     announce(done);
 }
 
