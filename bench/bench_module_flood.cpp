@@ -161,7 +161,7 @@ qint64 longestStall(int ms, const std::function<void()> &work = {})
     clock.start();
     tick.start();
     if (work)
-        QTimer::singleShot(0, work);
+        QTimer::singleShot(0, &tick, work);
     QElapsedTimer total;
     total.start();
     while (total.elapsed() < ms)

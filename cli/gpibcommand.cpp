@@ -16,8 +16,11 @@
 namespace {
 
 // --delimiter names, in the tab's order of delimiter choices.
-const QStringList kDelimiters{QStringLiteral("none"), QStringLiteral("cr"), QStringLiteral("lf"),
-                              QStringLiteral("crlf")};
+QStringList delimiters()
+{
+    return {QStringLiteral("none"), QStringLiteral("cr"), QStringLiteral("lf"),
+            QStringLiteral("crlf")};
+}
 
 int exitCodeOf(GpibBus::Failure failure)
 {
@@ -140,11 +143,11 @@ int GpibCommand::run(const CommandContext &context)
     const QString delimiterName = parser.isSet(QStringLiteral("delimiter"))
                                       ? parser.value(QStringLiteral("delimiter"))
                                       : QStringLiteral("crlf");
-    if (!kDelimiters.contains(delimiterName))
+    if (!delimiters().contains(delimiterName))
         return context.refuse(
             tr("--delimiter must be crlf, cr, lf or none, not %1").arg(delimiterName),
             ExitCode::kRefusedInput);
-    const QByteArray delimiter = GpibBus::delimiterBytes(int(kDelimiters.indexOf(delimiterName)));
+    const QByteArray delimiter = GpibBus::delimiterBytes(int(delimiters().indexOf(delimiterName)));
     qint64 maxLength = 0;
     if (parser.isSet(QStringLiteral("max"))) {
         bool ok = false;

@@ -21,19 +21,35 @@ namespace {
 using namespace Rs232c;
 
 // Value names of `set` and `settings`, in the order of the tab's items.
-const QStringList kBauds{QStringLiteral("460800"), QStringLiteral("230400"),
-                         QStringLiteral("115200"), QStringLiteral("57600"),
-                         QStringLiteral("36400"),  QStringLiteral("19200"),
-                         QStringLiteral("9600"),   QStringLiteral("4800"),
-                         QStringLiteral("2400"),   QStringLiteral("1200")};
-const QStringList kDataBits{QStringLiteral("8"), QStringLiteral("7"), QStringLiteral("6"),
-                            QStringLiteral("5")};
-const QStringList kStopBits{QStringLiteral("1"), QStringLiteral("2")};
-const QStringList kParities{QStringLiteral("none"), QStringLiteral("mark"), QStringLiteral("space"),
-                            QStringLiteral("odd"), QStringLiteral("even")};
-const QStringList kFlows{QStringLiteral("manual"), QStringLiteral("auto-ignore"),
-                         QStringLiteral("auto-consider")};
-const QStringList kOnOff{QStringLiteral("off"), QStringLiteral("on")};
+QStringList bauds()
+{
+    return {QStringLiteral("460800"), QStringLiteral("230400"), QStringLiteral("115200"),
+            QStringLiteral("57600"),  QStringLiteral("36400"),  QStringLiteral("19200"),
+            QStringLiteral("9600"),   QStringLiteral("4800"),   QStringLiteral("2400"),
+            QStringLiteral("1200")};
+}
+QStringList dataBits()
+{
+    return {QStringLiteral("8"), QStringLiteral("7"), QStringLiteral("6"), QStringLiteral("5")};
+}
+QStringList stopBits()
+{
+    return {QStringLiteral("1"), QStringLiteral("2")};
+}
+QStringList parities()
+{
+    return {QStringLiteral("none"), QStringLiteral("mark"), QStringLiteral("space"),
+            QStringLiteral("odd"), QStringLiteral("even")};
+}
+QStringList flows()
+{
+    return {QStringLiteral("manual"), QStringLiteral("auto-ignore"),
+            QStringLiteral("auto-consider")};
+}
+QStringList onOff()
+{
+    return {QStringLiteral("off"), QStringLiteral("on")};
+}
 const std::array<const char *, kLineCount> kLineNames{
     {"rts", "cts", "dtr", "ri", "dsr", "txd", "rxd", "cd"}};
 
@@ -71,22 +87,22 @@ QString nameAt(const QStringList &names, int index)
 
 void printConfig(const CommandContext &context, const Rs232cConfig &config)
 {
-    QJsonObject object{{QStringLiteral("baud"), nameAt(kBauds, config.baudIndex)},
-                       {QStringLiteral("data-bits"), nameAt(kDataBits, config.dataWidthIndex)},
-                       {QStringLiteral("stop-bits"), nameAt(kStopBits, config.stopBitIndex)},
-                       {QStringLiteral("parity"), nameAt(kParities, config.parityIndex)}};
-    QStringList lines{QStringLiteral("baud %1").arg(nameAt(kBauds, config.baudIndex)),
-                      QStringLiteral("data-bits %1").arg(nameAt(kDataBits, config.dataWidthIndex)),
-                      QStringLiteral("stop-bits %1").arg(nameAt(kStopBits, config.stopBitIndex)),
-                      QStringLiteral("parity %1").arg(nameAt(kParities, config.parityIndex))};
+    QJsonObject object{{QStringLiteral("baud"), nameAt(bauds(), config.baudIndex)},
+                       {QStringLiteral("data-bits"), nameAt(dataBits(), config.dataWidthIndex)},
+                       {QStringLiteral("stop-bits"), nameAt(stopBits(), config.stopBitIndex)},
+                       {QStringLiteral("parity"), nameAt(parities(), config.parityIndex)}};
+    QStringList lines{QStringLiteral("baud %1").arg(nameAt(bauds(), config.baudIndex)),
+                      QStringLiteral("data-bits %1").arg(nameAt(dataBits(), config.dataWidthIndex)),
+                      QStringLiteral("stop-bits %1").arg(nameAt(stopBits(), config.stopBitIndex)),
+                      QStringLiteral("parity %1").arg(nameAt(parities(), config.parityIndex))};
     for (const Connector connector : {Connector::Dte, Connector::Dce}) {
         const Rs232cConnectorSetting &setting = config.connectors[size_t(connector)];
         const QString name = QLatin1String(connectorName(connector));
-        object.insert(name + QLatin1String("-flow"), nameAt(kFlows, setting.flowType));
+        object.insert(name + QLatin1String("-flow"), nameAt(flows(), setting.flowType));
         object.insert(name + QLatin1String("-wait"), setting.wait);
         object.insert(name + QLatin1String("-port"), qint64(setting.tcpPort));
-        lines << QStringLiteral("%1-flow %2").arg(name, nameAt(kFlows, setting.flowType))
-              << QStringLiteral("%1-wait %2").arg(name, kOnOff[setting.wait])
+        lines << QStringLiteral("%1-flow %2").arg(name, nameAt(flows(), setting.flowType))
+              << QStringLiteral("%1-wait %2").arg(name, nameAt(onOff(), setting.wait))
               << QStringLiteral("%1-port %2").arg(name).arg(setting.tcpPort);
     }
     // Each line as the device reports it (both connectors see it alike).
@@ -94,7 +110,7 @@ void printConfig(const CommandContext &context, const Rs232cConfig &config)
     for (const LineBits &bits : kLineTable) {
         const QString name = QLatin1String(kLineNames[size_t(bits.line)]);
         object.insert(name, bool(dte.lines[size_t(bits.line)]));
-        lines << QStringLiteral("%1 %2").arg(name, kOnOff[dte.lines[size_t(bits.line)]]);
+        lines << QStringLiteral("%1 %2").arg(name, nameAt(onOff(), dte.lines[size_t(bits.line)]));
     }
     if (context.console->json())
         context.console->printJson(object);
@@ -117,21 +133,21 @@ bool apply(const QString &argument, Rs232cConfig *config,
         return false;
     };
     if (argument.contains(QLatin1Char('=')) && key == QLatin1String("baud"))
-        return choose(kBauds, &config->baudIndex);
+        return choose(bauds(), &config->baudIndex);
     if (key == QLatin1String("data-bits"))
-        return choose(kDataBits, &config->dataWidthIndex);
+        return choose(dataBits(), &config->dataWidthIndex);
     if (key == QLatin1String("stop-bits"))
-        return choose(kStopBits, &config->stopBitIndex);
+        return choose(stopBits(), &config->stopBitIndex);
     if (key == QLatin1String("parity"))
-        return choose(kParities, &config->parityIndex);
+        return choose(parities(), &config->parityIndex);
     for (const Connector connector : {Connector::Dte, Connector::Dce}) {
         Rs232cConnectorSetting &setting = config->connector(connector);
         const QString prefix = QLatin1String(connectorName(connector)) + QLatin1Char('-');
         int index = 0;
         if (key == prefix + QLatin1String("flow"))
-            return choose(kFlows, &setting.flowType);
+            return choose(flows(), &setting.flowType);
         if (key == prefix + QLatin1String("wait")) {
-            const bool known = choose(kOnOff, &index);
+            const bool known = choose(onOff(), &index);
             setting.wait = index == 1;
             return known;
         }
@@ -152,7 +168,7 @@ bool apply(const QString &argument, Rs232cConfig *config,
             !isOutput(bits.line, bits.driver))
             continue;
         int index = 0;
-        const bool known = choose(kOnOff, &index);
+        const bool known = choose(onOff(), &index);
         config->connector(bits.driver).lines[size_t(bits.line)] = index == 1;
         return known;
     }
