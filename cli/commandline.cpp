@@ -4,8 +4,10 @@
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/gpibcommand.h"
 #include "cli/mapcommands.h"
 #include "cli/registercommands.h"
+#include "cli/serialcommand.h"
 #include "cli/settingscommands.h"
 #include "cli/transfercommand.h"
 #include "regs/registercatalog.h"
@@ -189,6 +191,48 @@ CommandLine::CommandLine()
          1,
          1,
          &MapCommands::load},
+        {QStringLiteral("gpib"),
+         QStringLiteral("settings | set KEY=VALUE ... | query ADDR TEXT | send ADDR TEXT | "
+                        "recv ADDR | clear"),
+         tr("Drive the ZEL-GPIB bridge module on the TCP data port: show or change its settings "
+            "(keys: controller, timeout-ms), send TEXT to the instrument at GPIB address ADDR, "
+            "receive its answer, query (send, then receive), or clear the bus (Interface Clear). "
+            "The answer goes to standard output."),
+         {{QStringLiteral("delimiter"),
+           tr("What ends a message sent and an answer received: crlf (default), cr, lf or none "
+              "(the END signal alone)."),
+           QStringLiteral("crlf|cr|lf|none")},
+          {QStringLiteral("max"),
+           tr("Stop receiving after N bytes (default: END, the delimiter or 1 MiB)."),
+           QStringLiteral("N")},
+          {QStringLiteral("controller"),
+           tr("The module's own GPIB address (default: read from the module's settings)."),
+           QStringLiteral("ADDR")},
+          {QStringLiteral("hex"), tr("Print the answer as hex bytes.")}},
+         {{QStringLiteral("ACTION"), tr("settings, set, query, send, recv or clear."),
+           QStringLiteral("ACTION ...")}},
+         1,
+         3,
+         &GpibCommand::run},
+        {QStringLiteral("serial"),
+         QStringLiteral("settings | set KEY=VALUE ... | send dte|dce TEXT|@FILE|- | "
+                        "recv dte|dce | monitor dte|dce"),
+         tr("Drive the ZEL-RS232C serial bridge module: show or change its format, flow control, "
+            "lines and ports (keys: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, "
+            "dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd), send to a "
+            "connector (TEXT, the bytes of FILE, or standard input), receive what it delivered, "
+            "or print what arrives until Ctrl+C."),
+         {{QStringLiteral("eeprom"),
+           tr("Read or write the EEPROM copy of the settings instead of the running copy.")},
+          {QStringLiteral("max"),
+           tr("Receive at most N bytes (default: what has arrived, up to 1 MiB)."),
+           QStringLiteral("N")},
+          {QStringLiteral("hex"), tr("Print what arrives as hex bytes.")}},
+         {{QStringLiteral("ACTION"), tr("settings, set, send, recv or monitor."),
+           QStringLiteral("ACTION ...")}},
+         1,
+         -1,
+         &SerialCommand::run},
     };
 }
 

@@ -1,6 +1,7 @@
 #include "modules/gpibbus.h"
 
 #include "app/accessgate.h"
+#include "modules/receivecap.h"
 
 #include <QTcpSocket>
 
@@ -49,6 +50,7 @@ GpibBus::Failure GpibBus::receive(quint32 controller, quint32 target, const QByt
 {
     AccessGate::Hold hold(m_gate);
     data->clear();
+    const qint64 limit = maxLength > 0 ? maxLength : ModuleLimits::kReceiveCapBytes;
     if (!isAddressedFor(target, controller)) {
         if (const Failure failure = address(target, controller); failure != Failure::None)
             return failure;
@@ -67,7 +69,7 @@ GpibBus::Failure GpibBus::receive(quint32 controller, quint32 target, const QByt
             data->chop(delimiter.size());
             return Failure::None;
         }
-        if (reply.isEnd() || (maxLength > 0 && data->size() == maxLength))
+        if (reply.isEnd() || data->size() >= limit)
             return Failure::None;
     }
 }
@@ -117,9 +119,16 @@ bool GpibBus::isConnected() const
     return m_socket->state() == QAbstractSocket::ConnectedState;
 }
 
+// Every request has exactly one reply unit: bytes waiting before the request leaves, or beyond the
+// reply once it came, belong to no request (a duplicated or extra unit), and taking them for an
+// answer would shift every later reply.
 GpibBus::Failure GpibBus::exchange(const GpibUnit &request, GpibUnit *reply)
 {
-    if (!isConnected() || m_socket->write(request.toByteArray()) != GpibUnit::kSize)
+    if (!isConnected())
+        return Failure::Other;
+    if (m_socket->bytesAvailable() > 0)
+        return Failure::BadReply;
+    if (m_socket->write(request.toByteArray()) != GpibUnit::kSize)
         return Failure::Other;
     if (const Failure failure = waitUntil([this] { return m_socket->bytesToWrite() == 0; });
         failure != Failure::None)
@@ -132,6 +141,8 @@ GpibBus::Failure GpibBus::exchange(const GpibUnit &request, GpibUnit *reply)
     const GpibUnit answer = GpibUnit::fromReply(m_socket->read(GpibUnit::kSize));
     if (reply)
         *reply = answer;
+    if (m_socket->bytesAvailable() > 0)
+        return Failure::BadReply;
     return answer.isError() ? Failure::ErrorPacket : Failure::None;
 }
 

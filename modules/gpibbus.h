@@ -19,7 +19,7 @@ class GpibBus : public QObject
     Q_OBJECT
 
 public:
-    enum class Failure { None, Timeout, ErrorPacket, Other };
+    enum class Failure { None, Timeout, ErrorPacket, BadReply, Other };
     Q_ENUM(Failure)
 
     // Each exchange waits this long for its request to leave and again for the reply.
@@ -40,7 +40,7 @@ public:
     // The controller talks, the target listens; the last message byte is sent with END.
     [[nodiscard]] Failure send(quint32 controller, quint32 target, const QByteArray &message);
     // The target talks, the controller listens, until the delimiter (removed from the data), END
-    // or maxLength bytes (0: no limit).
+    // or maxLength bytes (0: up to ModuleLimits::kReceiveCapBytes).
     [[nodiscard]] Failure receive(quint32 controller, quint32 target, const QByteArray &delimiter,
                                   qint64 maxLength, QByteArray *data);
     [[nodiscard]] Failure interfaceClear();

@@ -1,6 +1,7 @@
 #include "modules/serialconnectorsession.h"
 
 #include "app/accessgate.h"
+#include "modules/receivecap.h"
 
 #include <QTcpSocket>
 
@@ -39,6 +40,9 @@ SerialConnectorSession::Result SerialConnectorSession::open(const QHostAddress &
     dropSocket();
     m_socket = new QTcpSocket(this);
     QTcpSocket *socket = m_socket;
+    // What arrives while nobody receives stays in the system's socket buffer beyond this, and
+    // the device's flow control holds the sender back.
+    socket->setReadBufferSize(ModuleLimits::kReceiveCapBytes);
     socket->connectToHost(address, port);
     const AccessGate::WaitResult wait =
         m_gate->waitFor(socket, &QAbstractSocket::stateChanged, timeoutMs, [socket] {
@@ -107,7 +111,7 @@ SerialConnectorSession::Result SerialConnectorSession::receive(qint64 maxLength,
         m_errorString = socket->errorString();
         return Result::NotConnected;
     }
-    *data = maxLength > 0 ? socket->read(maxLength) : socket->readAll();
+    *data = socket->read(maxLength > 0 ? maxLength : ModuleLimits::kReceiveCapBytes);
     return Result::Done;
 }
 
@@ -116,16 +120,6 @@ QByteArray SerialConnectorSession::withDelimiter(const QString &text, int delimi
     static const char *const kEndings[] = {"", "\r", "\n", "\r\n"};
     const bool known = delimiter >= NoDelimiter && delimiter <= CRLF;
     return (text + QLatin1String(known ? kEndings[delimiter] : "")).toUtf8();
-}
-
-QString SerialConnectorSession::receivedText(const QByteArray &bytes, bool asHex)
-{
-    QString text = asHex ? QString::fromLatin1(bytes.toHex()) : QString::fromUtf8(bytes);
-    if (text.endsWith(QLatin1String("\r\n")))
-        text.chop(2);
-    else if (text.endsWith(QLatin1Char('\n')))
-        text.chop(1);
-    return text;
 }
 
 void SerialConnectorSession::dropSocket()

@@ -30,8 +30,8 @@ public:
     [[nodiscard]] Result open(const QHostAddress &address, quint16 port, int timeoutMs);
     void close(int timeoutMs);
 
-    // Data. A receive takes at most maxLength bytes (no limit when 0 or less); what is left stays
-    // for the next one.
+    // Data. A receive takes at most maxLength bytes (ModuleLimits::kReceiveCapBytes when 0 or
+    // less); what is left stays for the next one.
     [[nodiscard]] Result send(const QByteArray &bytes, int timeoutMs);
     [[nodiscard]] Result receive(qint64 maxLength, int timeoutMs, QByteArray *data);
     // The socket's own words for the last failure.
@@ -39,8 +39,6 @@ public:
 
     // Texts
     [[nodiscard]] static QByteArray withDelimiter(const QString &text, int delimiter);
-    // UTF-8 or lower-case hex pairs; one trailing "\r\n" or "\n" is dropped.
-    [[nodiscard]] static QString receivedText(const QByteArray &bytes, bool asHex);
 
 signals:
     // The device ended the connection by itself.

@@ -3,7 +3,7 @@
 // instrument, receives its answer or clears the bus.
 #pragma once
 
-#include "modules/gpibbus.h"
+#include "modules/gpibbridge.h"
 #include "settings/mavixsetting.h"
 
 #include <QWidget>
@@ -14,9 +14,7 @@
 namespace Ui {
 class ZELGPIBTab;
 }
-class QTcpSocket;
 class WrenAgent;
-struct WrenError;
 
 class ZELGPIBTab : public QWidget
 {
@@ -28,13 +26,12 @@ public:
 
     // Hands over the shared agent (not owned); the tab is ready from then on.
     void setAgent(WrenAgent *agent);
+    // The engine the tab shows; null until the agent is handed over.
+    [[nodiscard]] GpibBridge *bridge() const { return m_bridge; }
 
     // Time-outs: every wait for the device (register access, connect, each half of an exchange)
     // gives up after this long; 10000 ms unless shortened.
     void setWaitTimeoutMs(int ms);
-
-    // Received bytes as lower-case hex pairs with one blank between pairs: "0d 0a 41".
-    [[nodiscard]] static QString hexText(const QByteArray &bytes);
 
 signals:
     void transmissionFailed();
@@ -51,26 +48,14 @@ public slots:
     void applyTargetSettingChange(MavixSetting setting);
 
 private:
-    struct Addresses
-    {
-        quint32 controller = 0;
-        quint32 target = 0;
-    };
     [[nodiscard]] bool canBeginOperation() const;
-    [[nodiscard]] std::optional<Addresses> addressFields();
-    [[nodiscard]] bool writeRegisters(quint32 address, const QByteArray &bytes,
-                                      const QString &timeoutMessage);
-    void reportAccessFailure(const WrenError &error, const QString &timeoutMessage);
-    void connectToModule();
-    void disconnectFromModule();
-    void setTransactionControlsEnabled(bool enabled);
-    // Reports the outcome of a transaction; a failed one also ends the connection.
-    void finishTransaction(GpibBus::Failure failure, const QString &successMessage);
+    [[nodiscard]] std::optional<GpibBridge::Addresses> addressFields() const;
+    [[nodiscard]] QByteArray delimiter() const;
+    void showConnection(bool connected);
+    void announce(bool succeeded);
 
     std::unique_ptr<Ui::ZELGPIBTab> m_ui;
-    WrenAgent *m_agent = nullptr;
-    QTcpSocket *m_socket = nullptr;
-    GpibBus *m_bus = nullptr;
+    GpibBridge *m_bridge = nullptr;
     MavixSetting m_target;
     int m_waitTimeoutMs = GpibBus::kWaitTimeoutMs;
 };

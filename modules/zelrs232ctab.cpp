@@ -2,10 +2,10 @@
 
 #include "app/accessgate.h"
 #include "app/report.h"
-#include "modules/serialconnectorsession.h"
+#include "modules/serialbridge.h"
+#include "modules/textareafeed.h"
 #include "ui_zelrs232ctab.h"
 #include "wren/wrenagent.h"
-#include "wren/wrenerror.h"
 
 #include <QFontDatabase>
 #include <QKeySequence>
@@ -15,9 +15,6 @@
 namespace {
 
 using namespace Rs232c;
-
-constexpr quint8 kObtainPermission = 0x00;
-constexpr quint8 kReleasePermission = 0xFF;
 
 } // namespace
 
@@ -29,6 +26,7 @@ ZELRS232CTab::ZELRS232CTab(QWidget *parent)
     m_ui->setupUi(this);
     m_ui->ZELRS232cReceivedDataTextarea->setFont(
         QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    TextAreaFeed::limit(m_ui->ZELRS232cReceivedDataTextarea->document());
     fillFlowItems();
     connectForm();
     showFormat();
@@ -63,13 +61,13 @@ void ZELRS232CTab::connectForm()
 
 void ZELRS232CTab::setAgent(WrenAgent *agent)
 {
-    m_agent = agent;
-    for (SerialConnectorSession *&session : m_sessions) {
-        delete session;
-        session = new SerialConnectorSession(agent->gate(), this);
-        connect(session, &SerialConnectorSession::closedByPeer, this,
-                &ZELRS232CTab::updateConnectionState);
-    }
+    delete m_bridge;
+    m_bridge = new SerialBridge(agent, this);
+    m_bridge->config() = m_initialConfig;
+    m_bridge->setTimeouts(m_accessTimeoutMs, m_dataTimeoutMs);
+    connect(m_bridge, &SerialBridge::connectionChanged, this, &ZELRS232CTab::updateConnectionState);
+    connect(m_bridge, &SerialBridge::targetSettingChanged, this,
+            &ZELRS232CTab::targetSettingChanged);
     updateConnectionState();
 }
 
@@ -77,22 +75,37 @@ void ZELRS232CTab::setTimeouts(int accessMs, int dataMs)
 {
     m_accessTimeoutMs = accessMs;
     m_dataTimeoutMs = dataMs;
+    if (m_bridge)
+        m_bridge->setTimeouts(accessMs, dataMs);
+}
+
+void ZELRS232CTab::setAccessTimeoutMs(int ms)
+{
+    setTimeouts(ms, m_dataTimeoutMs);
 }
 
 // One device operation at a time: a click that arrives while another waits is ignored.
 bool ZELRS232CTab::mayStart() const
 {
-    return isReady() && !m_agent->gate()->isBusy();
+    return isReady() && !m_bridge->gate()->isBusy();
 }
 
-SerialConnectorSession *ZELRS232CTab::shownSession() const
+bool ZELRS232CTab::eepromAccess() const
 {
-    return m_sessions[size_t(m_shown)];
+    return m_ui->ZELRS232cEEPROMAccessCheckBox->isChecked();
 }
 
-quint32 ZELRS232CTab::eepromOffset() const
+Rs232cConfig &ZELRS232CTab::config()
 {
-    return m_ui->ZELRS232cEEPROMAccessCheckBox->isChecked() ? kEepromOffset : 0;
+    return m_bridge ? m_bridge->config() : m_initialConfig;
+}
+
+void ZELRS232CTab::announce(bool succeeded)
+{
+    if (succeeded)
+        emit transmissionSuccessed();
+    else
+        emit transmissionFailed();
 }
 
 QCheckBox *ZELRS232CTab::lineBox(Line line) const
@@ -110,45 +123,12 @@ void ZELRS232CTab::readParameters()
 {
     if (!mayStart())
         return;
-    AccessGate::Hold hold(m_agent->gate());
-    try {
-        readAndShow(eepromOffset());
-    } catch (const WrenError &error) {
-        reportAccessError(error);
-        emit transmissionFailed();
+    const bool read = m_bridge->read(eepromAccess());
+    if (read) {
+        showFormat();
+        showConnector();
     }
-}
-
-void ZELRS232CTab::readAndShow(quint32 offset)
-{
-    const QByteArray config =
-        m_agent->read(kConfigAddress - offset, kConfigSize, m_accessTimeoutMs);
-    Rs232cConfig decoded = m_config;
-    const bool configValid = decoded.decode(config);
-    const QByteArray block = configValid
-                                 ? m_agent->read(kSettingsBlockAddress - offset,
-                                                 MavixSetting::kImageSize, m_accessTimeoutMs)
-                                 : QByteArray();
-    const bool blockValid = block.size() >= MavixSetting::kImageSize;
-    const QByteArray states =
-        blockValid ? m_agent->read(kLineStateAddress, kLineStateSize, m_accessTimeoutMs)
-                   : QByteArray();
-    if (!configValid || !blockValid || !decoded.decodeLineStates(states)) {
-        reportError(tr("Read ZEL-RS232C setting is invalid"));
-        emit transmissionFailed();
-        return;
-    }
-
-    m_config = decoded;
-    MavixSetting setting;
-    setting.decode(block);
-    takePorts(setting, offset == 0);
-    showFormat();
-    showConnector();
-    if (offset == 0)
-        emit targetSettingChanged(setting);
-    reportResult(tr("Reading ZEL-RS232C setting is successed"));
-    emit transmissionSuccessed();
+    announce(read);
 }
 
 void ZELRS232CTab::writeParameters()
@@ -162,89 +142,24 @@ void ZELRS232CTab::writeParameters()
         return;
     }
     storeShownConnector();
-    m_config.baudIndex = m_ui->ZELRS232cBaudRateCombobox->currentIndex();
-    m_config.dataWidthIndex = m_ui->ZELRS232cDataWidthCombobox->currentIndex();
-    m_config.stopBitIndex = m_ui->ZELRS232cStopBitCombobox->currentIndex();
-    m_config.parityIndex = m_ui->ZELRS232cParityComboBox->currentIndex();
-
-    AccessGate::Hold hold(m_agent->gate());
-    const quint32 offset = eepromOffset();
-    bool permissionObtained = false;
-    try {
-        if (offset != 0) {
-            (void)m_agent->write(MavixSetting::kEepromPermission,
-                                 QByteArray(1, char(kObtainPermission)), m_accessTimeoutMs);
-            permissionObtained = true;
-        }
-        writeSequence(offset, port);
-        if (permissionObtained) {
-            permissionObtained = false;
-            (void)m_agent->write(MavixSetting::kEepromPermission,
-                                 QByteArray(1, char(kReleasePermission)), m_accessTimeoutMs);
-        }
-        reportResult(tr("Writing ZEL-RS232C setting is successed"));
-        emit transmissionSuccessed();
-    } catch (const WrenError &error) {
-        reportAccessError(error);
-        // A device that still answers is not left with its EEPROM open.
-        if (permissionObtained && error.code != WrenError::Timeout) {
-            try {
-                (void)m_agent->write(MavixSetting::kEepromPermission,
-                                     QByteArray(1, char(kReleasePermission)), m_accessTimeoutMs);
-            } catch (const WrenError &) {
-            }
-        }
-        emit transmissionFailed();
-    }
-}
-
-void ZELRS232CTab::writeSequence(quint32 offset, quint16 port)
-{
-    (void)m_agent->write(kConfigAddress - offset, m_config.encode(), m_accessTimeoutMs);
-    QByteArray portBytes(2, '\0');
-    qToBigEndian<quint16>(port, portBytes.data());
-    (void)m_agent->write(kSettingsBlockAddress - offset + quint32(kPortOffset[size_t(m_shown)]),
-                         portBytes, m_accessTimeoutMs);
-
-    const QByteArray block =
-        m_agent->read(kSettingsBlockAddress - offset, MavixSetting::kImageSize, m_accessTimeoutMs);
-    MavixSetting setting;
-    setting.decode(block);
-    if (block.size() < MavixSetting::kImageSize)
-        return;
-    takePorts(setting, offset == 0);
+    Rs232cConfig &settings = config();
+    settings.baudIndex = m_ui->ZELRS232cBaudRateCombobox->currentIndex();
+    settings.dataWidthIndex = m_ui->ZELRS232cDataWidthCombobox->currentIndex();
+    settings.stopBitIndex = m_ui->ZELRS232cStopBitCombobox->currentIndex();
+    settings.parityIndex = m_ui->ZELRS232cParityComboBox->currentIndex();
+    const bool written = m_bridge->write(eepromAccess(), m_shown, port);
     showConnector();
-    if (offset == 0)
-        emit targetSettingChanged(setting);
-}
-
-void ZELRS232CTab::reportAccessError(const WrenError &error)
-{
-    if (!error.reason.isEmpty())
-        reportError(error.reason);
-    else if (error.code == WrenError::Timeout)
-        reportError(tr("ZEL-RS232C timeout"));
-    else
-        reportError(tr("ZEL-RS232C undefined error"));
-}
-
-// Settings block: DTE port at 0x1C (the TCP data port), DCE port at 0x1E.
-void ZELRS232CTab::takePorts(const MavixSetting &block, bool running)
-{
-    m_config.connector(Connector::Dte).tcpPort = block.tcpDataPort;
-    m_config.connector(Connector::Dce).tcpPort = block.tcpCommandPort;
-    if (running)
-        m_running = block;
+    announce(written);
 }
 
 void ZELRS232CTab::applyTargetSettingChange(MavixSetting setting)
 {
     if (!isReady())
         return;
-    takePorts(setting, true);
+    m_bridge->takeRunningPorts(setting);
     // A port the user is typing is left alone.
     if (!m_ui->ZELRS232cPortLineEdit->isModified())
-        m_ui->ZELRS232cPortLineEdit->setText(QString::number(m_config.connector(m_shown).tcpPort));
+        m_ui->ZELRS232cPortLineEdit->setText(QString::number(config().connector(m_shown).tcpPort));
 }
 
 // Form
@@ -255,15 +170,16 @@ void ZELRS232CTab::showFormat()
         if (index >= 0 && index < box->count())
             box->setCurrentIndex(index);
     };
-    select(m_ui->ZELRS232cBaudRateCombobox, m_config.baudIndex);
-    select(m_ui->ZELRS232cDataWidthCombobox, m_config.dataWidthIndex);
-    select(m_ui->ZELRS232cStopBitCombobox, m_config.stopBitIndex);
-    select(m_ui->ZELRS232cParityComboBox, m_config.parityIndex);
+    const Rs232cConfig &settings = config();
+    select(m_ui->ZELRS232cBaudRateCombobox, settings.baudIndex);
+    select(m_ui->ZELRS232cDataWidthCombobox, settings.dataWidthIndex);
+    select(m_ui->ZELRS232cStopBitCombobox, settings.stopBitIndex);
+    select(m_ui->ZELRS232cParityComboBox, settings.parityIndex);
 }
 
 void ZELRS232CTab::showConnector()
 {
-    const Rs232cConnectorSetting &setting = m_config.connector(m_shown);
+    const Rs232cConnectorSetting &setting = config().connector(m_shown);
     m_ui->ZELRS232cAutoFlowCtrlComboBox->setCurrentIndex(setting.flowType);
     m_ui->ZELRS232cWaitCheckBox->setChecked(setting.wait);
     for (const LineBits &bits : kLineTable) {
@@ -278,7 +194,7 @@ void ZELRS232CTab::showConnector()
 
 void ZELRS232CTab::storeShownConnector()
 {
-    Rs232cConnectorSetting &setting = m_config.connector(m_shown);
+    Rs232cConnectorSetting &setting = config().connector(m_shown);
     setting.flowType = qMax(0, m_ui->ZELRS232cAutoFlowCtrlComboBox->currentIndex());
     setting.wait = m_ui->ZELRS232cWaitCheckBox->isChecked();
     for (const LineBits &bits : kLineTable)
@@ -313,7 +229,7 @@ void ZELRS232CTab::toggleDceDte(int index)
 
 void ZELRS232CTab::updateConnectionState()
 {
-    const bool connected = shownSession() && shownSession()->isConnected();
+    const bool connected = m_bridge && m_bridge->isConnected(m_shown);
     m_ui->ZELRS232cConnectButton->setText(connected ? tr("Disconnect") : tr("Connect"));
     m_sendShortcut->setEnabled(connected);
 }
@@ -324,30 +240,12 @@ void ZELRS232CTab::toggleConnection()
 {
     if (!mayStart())
         return;
-    SerialConnectorSession *session = shownSession();
-    if (session->isConnected()) {
-        closeShownConnection();
+    if (m_bridge->isConnected(m_shown)) {
+        m_bridge->disconnectFrom(m_shown);
         reportResult(tr("ZEL-RS232C disconnect successed"));
         return;
     }
-    const quint16 port =
-        m_shown == Connector::Dte ? m_running.tcpDataPort : m_running.tcpCommandPort;
-    const SerialConnectorSession::Result result =
-        session->open(m_agent->targetAddress(), port, m_dataTimeoutMs);
-    updateConnectionState();
-    if (result != SerialConnectorSession::Result::Done) {
-        reportError(tr("Fail to connect to device"));
-        emit transmissionFailed();
-        return;
-    }
-    reportResult(tr("ZEL-RS232C connect successed"));
-    emit transmissionSuccessed();
-}
-
-void ZELRS232CTab::closeShownConnection()
-{
-    shownSession()->close(m_dataTimeoutMs);
-    updateConnectionState();
+    announce(m_bridge->connectTo(m_shown));
 }
 
 void ZELRS232CTab::sendData()
@@ -360,22 +258,7 @@ void ZELRS232CTab::sendData()
         reportError(tr("ZEL-RS232C data is empty"));
         return;
     }
-    switch (shownSession()->send(bytes, m_dataTimeoutMs)) {
-    case SerialConnectorSession::Result::Done:
-        reportResult(tr("ZEL-RS232C sending successed"));
-        emit transmissionSuccessed();
-        return;
-    case SerialConnectorSession::Result::NotConnected:
-        reportError(tr("ZEL-RS232C is not connected"));
-        break;
-    case SerialConnectorSession::Result::TimedOut:
-        reportError(tr("ZEL-RS232C timeout"));
-        break;
-    default:
-        reportError(tr("ZEL-RS232C undefined error"));
-        break;
-    }
-    emit transmissionFailed();
+    announce(m_bridge->send(m_shown, bytes));
 }
 
 void ZELRS232CTab::receive()
@@ -385,26 +268,18 @@ void ZELRS232CTab::receive()
     bool isNumber = false;
     const qint64 maxLength = m_ui->ZELRS232cMaxReceiveLengthLineEdit->text().toLongLong(&isNumber);
     QByteArray received;
-    switch (shownSession()->receive(isNumber ? maxLength : 0, m_dataTimeoutMs, &received)) {
-    case SerialConnectorSession::Result::Done:
-        m_ui->ZELRS232cReceivedDataTextarea->appendPlainText(SerialConnectorSession::receivedText(
-            received, m_ui->ZELRS232cShowAsHexCheckBox->isChecked()));
-        reportResult(tr("ZEL-RS232C receiving successed"));
-        emit transmissionSuccessed();
-        return;
-    case SerialConnectorSession::Result::NotConnected:
-        reportError(tr("ZEL-RS232C is not connected"));
-        updateConnectionState();
-        break;
-    case SerialConnectorSession::Result::TimedOut:
-        reportError(tr("ZEL-RS232C timeout"));
-        closeShownConnection();
-        break;
-    default:
-        reportError(tr("ZEL-RS232C undefined error"));
-        break;
+    const bool done = m_bridge->receive(m_shown, isNumber ? maxLength : 0, &received);
+    if (done) {
+        const bool hex = m_ui->ZELRS232cShowAsHexCheckBox->isChecked();
+        // As text, one line end at the very end is left out: the area starts a new line anyway.
+        if (!hex && received.endsWith("\r\n"))
+            received.chop(2);
+        else if (!hex && received.endsWith('\n'))
+            received.chop(1);
+        TextAreaFeed::append(m_ui->ZELRS232cReceivedDataTextarea, received,
+                             hex ? TextAreaFeed::Form::Hex : TextAreaFeed::Form::Text);
     }
-    emit transmissionFailed();
+    announce(done);
 }
 
 void ZELRS232CTab::maxReceiveLengthCheck()

@@ -15,9 +15,8 @@ class ZELRS232CTab;
 }
 class QCheckBox;
 class QShortcut;
-class SerialConnectorSession;
+class SerialBridge;
 class WrenAgent;
-struct WrenError;
 
 class ZELRS232CTab : public QWidget
 {
@@ -29,11 +28,13 @@ public:
 
     // Hands over the shared agent (not owned); the tab is ready from then on.
     void setAgent(WrenAgent *agent);
-    [[nodiscard]] bool isReady() const { return m_agent != nullptr; }
+    [[nodiscard]] bool isReady() const { return m_bridge != nullptr; }
+    // The engine the tab shows; null until the agent is handed over.
+    [[nodiscard]] SerialBridge *bridge() const { return m_bridge; }
 
     // Time-outs: register accesses, and connecting, sending and receiving on a connector.
     void setTimeouts(int accessMs, int dataMs);
-    void setAccessTimeoutMs(int ms) { m_accessTimeoutMs = ms; }
+    void setAccessTimeoutMs(int ms);
 
 signals:
     void targetSettingChanged(MavixSetting setting);
@@ -54,8 +55,8 @@ private:
     void connectForm();
     [[nodiscard]] bool mayStart() const;
     [[nodiscard]] Rs232c::Connector shownConnector() const { return m_shown; }
-    [[nodiscard]] SerialConnectorSession *shownSession() const;
-    [[nodiscard]] quint32 eepromOffset() const;
+    [[nodiscard]] bool eepromAccess() const;
+    [[nodiscard]] Rs232cConfig &config();
     [[nodiscard]] QCheckBox *lineBox(Rs232c::Line line) const;
 
     // Moving values between the form and the records.
@@ -63,21 +64,14 @@ private:
     void showConnector();
     void storeShownConnector();
     void fillFlowItems();
-    void takePorts(const MavixSetting &block, bool running);
     void updateConnectionState();
-
-    void readAndShow(quint32 offset);
-    void writeSequence(quint32 offset, quint16 port);
-    void reportAccessError(const WrenError &error);
-    void closeShownConnection();
+    void announce(bool succeeded);
 
     std::unique_ptr<Ui::ZELRS232CTab> m_ui;
-    WrenAgent *m_agent = nullptr;
-    std::array<SerialConnectorSession *, Rs232c::kConnectorCount> m_sessions{};
-    Rs232cConfig m_config;
+    SerialBridge *m_bridge = nullptr;
+    // What the form shows until the agent is handed over.
+    Rs232cConfig m_initialConfig;
     Rs232c::Connector m_shown = Rs232c::Connector::Dte;
-    // The running copy's ports, where the connectors are reached.
-    MavixSetting m_running;
     QShortcut *m_sendShortcut = nullptr;
     int m_accessTimeoutMs;
     int m_dataTimeoutMs;

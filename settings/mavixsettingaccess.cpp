@@ -1,6 +1,7 @@
 #include "settings/mavixsettingaccess.h"
 
 #include "app/report.h"
+#include "settings/eepromwritesession.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenreport.h"
 
@@ -9,8 +10,6 @@
 
 namespace {
 
-constexpr quint8 kObtainPermission = 0x00;
-constexpr quint8 kReleasePermission = 0xFF;
 // The image is written in two pieces that leave out bytes 17..23 (the MAC address).
 constexpr int kFirstPieceSize = 17;
 constexpr int kSecondPieceOffset = 0x18;
@@ -54,18 +53,6 @@ std::optional<QByteArray> MavixSettingAccess::readImage(quint32 address)
     return std::nullopt;
 }
 
-bool MavixSettingAccess::writePermissionByte(quint8 value, const QString &timeoutMessage)
-{
-    try {
-        (void)m_agent->write(MavixSetting::kEepromPermission, QByteArray(1, char(value)),
-                             m_accessTimeoutMs);
-        return true;
-    } catch (const WrenError &error) {
-        fail(error, timeoutMessage);
-        return false;
-    }
-}
-
 bool MavixSettingAccess::writeImage(quint32 base, const QByteArray &image,
                                     const MavixSetting &record)
 {
@@ -106,27 +93,29 @@ bool MavixSettingAccess::write(const MavixSetting &record, const QByteArray &ima
 {
     m_lastError.reset();
     m_declined = false;
-    if (m_eeprom &&
-        !writePermissionByte(
-            kObtainPermission,
-            QCoreApplication::translate(
-                "GeneralTab", "Response to obtaining permisssion to write in EEPROM is timeout")))
-        return false;
     const quint32 base = imageBase();
-
     const QByteArray image = record.encode(imageReadBefore);
-    if (!m_eeprom && !confirmUdpPortChange(record))
+    bool imageFailed = false; // reported and signalled already
+    const auto writeAndAnnounce = [&] {
+        if (!writeImage(base, image, record)) {
+            imageFailed = true;
+            return false;
+        }
+        emit targetSettingChanged(record);
+        return true;
+    };
+    if (m_eeprom) {
+        EepromWriteSession session(m_agent, m_accessTimeoutMs);
+        if (!session.run(writeAndAnnounce)) {
+            if (!imageFailed) {
+                m_lastError = session.lastError();
+                emit failed();
+            }
+            return false;
+        }
+    } else if (!confirmUdpPortChange(record) || !writeAndAnnounce()) {
         return false;
-    if (!writeImage(base, image, record))
-        return false;
-    emit targetSettingChanged(record);
-
-    if (m_eeprom &&
-        !writePermissionByte(
-            kReleasePermission,
-            QCoreApplication::translate(
-                "GeneralTab", "Response to permisssion release to write in EEPROM is timeout")))
-        return false;
+    }
 
     reportResult(QCoreApplication::translate("GeneralTab", "Writing Mavix setting is successed"));
     emit succeeded();

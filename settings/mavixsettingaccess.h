@@ -53,7 +53,6 @@ signals:
     void succeeded();
 
 private:
-    [[nodiscard]] bool writePermissionByte(quint8 value, const QString &timeoutMessage);
     [[nodiscard]] bool writeImage(quint32 base, const QByteArray &image,
                                   const MavixSetting &record);
     [[nodiscard]] bool confirmUdpPortChange(const MavixSetting &record);

@@ -295,7 +295,8 @@ struct GpibOptions
                                "*IDN? at GPIB address 1 and an echo box at address 2.")};
     QCommandLineOption fault{QStringLiteral("gpib-fault"),
                              tr("GPIB fault: answer the Nth unit of each connection with an error "
-                                "packet or not at all (error-packet:N or no-reply:N)."),
+                                "packet, not at all or twice (error-packet:N, no-reply:N or "
+                                "duplicate:N)."),
                              tr("kind:n")};
 };
 
@@ -306,8 +307,10 @@ int startGpib(const QCommandLineParser &parser, const GpibOptions &o, const SimO
     SimGpib::Fault fault = SimGpib::Fault::None;
     int request = 0;
     if (parser.isSet(o.fault) && !SimGpib::parseFault(parser.value(o.fault), &fault, &request)) {
-        printLine(stderr, tr("mavix-sim: --gpib-fault must be error-packet:N or no-reply:N, not %1")
-                              .arg(parser.value(o.fault)));
+        printLine(stderr,
+                  tr("mavix-sim: --gpib-fault must be error-packet:N, no-reply:N or duplicate:N, "
+                     "not %1")
+                      .arg(parser.value(o.fault)));
         return kExitUsage;
     }
     gpib->setFault(fault, request);

@@ -120,7 +120,9 @@ void SimGpib::acceptConnection()
         delete m_connection;
         m_connection = next;
         m_requestsOfConnection = 0;
+        next->setReadBufferSize(kInputLimitBytes);
         connect(next, &QTcpSocket::readyRead, this, &SimGpib::readUnits);
+        connect(next, &QTcpSocket::bytesWritten, this, &SimGpib::readUnits);
     }
 }
 
@@ -133,7 +135,7 @@ void SimGpib::setFault(Fault fault, int request)
     m_faultRequest = request;
 }
 
-// "error-packet:N" or "no-reply:N"
+// "error-packet:N", "no-reply:N" or "duplicate:N"
 bool SimGpib::parseFault(const QString &text, Fault *fault, int *request)
 {
     const QString kind = text.section(QLatin1Char(':'), 0, 0);
@@ -143,6 +145,8 @@ bool SimGpib::parseFault(const QString &text, Fault *fault, int *request)
         *fault = Fault::ErrorPacket;
     else if (kind == QLatin1String("no-reply"))
         *fault = Fault::NoReply;
+    else if (kind == QLatin1String("duplicate"))
+        *fault = Fault::Duplicate;
     else
         return false;
     return ok && *request > 0;
@@ -164,21 +168,28 @@ void SimGpib::clearUnits()
 
 void SimGpib::readUnits()
 {
-    while (m_connection && m_connection->bytesAvailable() >= 2) {
+    while (m_connection && m_connection->bytesAvailable() >= 2 &&
+           m_connection->bytesToWrite() < kOutputLimitBytes) {
         const QByteArray request = m_connection->read(2);
         const auto code = quint8(request[0]);
         const auto operand = quint8(request[1]);
         Fault fault = Fault::None;
         {
             QMutexLocker lock(&m_mutex);
+            if (m_units.size() >= kRecordLimitUnits)
+                m_units.removeFirst();
             m_units << QString::fromLatin1(request.toHex());
             if (++m_requestsOfConnection == m_faultRequest)
                 fault = m_fault;
         }
         if (fault == Fault::NoReply)
             continue;
-        m_connection->write(fault == Fault::ErrorPacket ? reply(kStatusError | kStatusEnd)
-                                                        : serve(code, operand));
+        if (fault == Fault::ErrorPacket) {
+            m_connection->write(reply(kStatusError | kStatusEnd));
+            continue;
+        }
+        const QByteArray answer = serve(code, operand);
+        m_connection->write(fault == Fault::Duplicate ? answer + answer : answer);
     }
 }
 

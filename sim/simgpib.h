@@ -25,7 +25,14 @@ class SimGpib : public QObject
     Q_OBJECT
 
 public:
-    enum class Fault { None, ErrorPacket, NoReply };
+    enum class Fault { None, ErrorPacket, NoReply, Duplicate };
+
+    // A peer that sends without reading must not grow the emulator: at most this much of its
+    // input waits unread in the process, and reading pauses while this much of the replies waits
+    // to leave. The record keeps the latest units only.
+    static constexpr qint64 kInputLimitBytes = 65536;
+    static constexpr qint64 kOutputLimitBytes = 65536;
+    static constexpr qsizetype kRecordLimitUnits = 65536;
 
     // Instruments
     static constexpr quint32 kMeterAddress = 1;
@@ -50,7 +57,8 @@ public:
     [[nodiscard]] QString errorString() const;
 
     // Faults: the request-th unit of every connection (1: the first) is answered with an error
-    // packet (status bits error and END) or not at all, and not acted upon. 0: never.
+    // packet (status bits error and END) or not at all, and not acted upon, or is answered twice.
+    // 0: never.
     void setFault(Fault fault, int request);
     [[nodiscard]] static bool parseFault(const QString &text, Fault *fault, int *request);
 

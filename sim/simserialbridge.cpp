@@ -79,7 +79,11 @@ void SimSerialBridge::accept(int connector)
             end.socket->deleteLater();
         }
         end.socket = socket;
+        socket->setReadBufferSize(kInFlightLimitBytes);
         connect(socket, &QTcpSocket::readyRead, this, [this, connector] { forward(connector); });
+        // What the other connector held back goes on once this one's output has left.
+        connect(socket, &QTcpSocket::bytesWritten, this,
+                [this, connector] { forward(otherEnd(connector)); });
         connect(socket, &QTcpSocket::disconnected, this, [this, connector, socket] {
             End &current = m_ends[size_t(connector)];
             if (current.socket == socket)
@@ -98,9 +102,12 @@ void SimSerialBridge::accept(int connector)
 void SimSerialBridge::forward(int from)
 {
     QTcpSocket *socket = m_ends[size_t(from)].socket;
-    if (!socket)
+    if (!socket || socket->bytesAvailable() == 0)
         return;
-    const QByteArray bytes = socket->readAll();
+    const QTcpSocket *sink = m_ends[size_t(otherEnd(from))].socket;
+    if (sink && sink->bytesToWrite() >= kInFlightLimitBytes)
+        return;
+    const QByteArray bytes = socket->read(kInFlightLimitBytes);
     const SimFaults faults = m_sim->faults();
     ++m_chunks;
     if (faults.dropEveryNth != 0 && m_chunks % faults.dropEveryNth == 0)

@@ -27,6 +27,9 @@ class SimSerialBridge : public QObject
 public:
     // Bytes held for a connector nobody is connected to; more are lost, as in a full FIFO.
     static constexpr qsizetype kPendingLimitBytes = 65536;
+    // A connector whose peer does not read holds back the other: reading pauses while this much
+    // waits to leave, and at most this much of a connector's input waits unread in the process.
+    static constexpr qint64 kInFlightLimitBytes = 65536;
 
     explicit SimSerialBridge(MavixSim *sim, QObject *parent = nullptr);
     ~SimSerialBridge() override;

@@ -21,8 +21,12 @@ struct Sim
     explicit Sim(const QStringList &arguments)
     {
         process.start(MAVIX_SIM_PATH, QStringList{"--udp-port=0", "--tcp-port=0"} + arguments);
-        QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
-        const auto words = process.readLine().simplified().split(' '); // udp A:U tcp A:T
+        QByteArray line; // a module's line may come first
+        for (int i = 0; i < 3 && !line.contains(" udp "); ++i) {
+            QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), kProcessTimeoutMs);
+            line = process.readLine();
+        }
+        const auto words = line.simplified().split(' '); // udp A:U tcp A:T
         target = "127.0.0.1:" + (udpPort = words.value(2).split(':').value(1)) + ':' +
                  words.value(4).split(':').value(1);
     }
@@ -81,6 +85,11 @@ private slots:
         QTest::addRow("put --expert of a field") << "put --expert settings.flags.keep_alive=on" << "" << 0 << "settings.flags = 0xA5 (was 0xA1)" << "FFFFFF10=A5";
         QTest::addRow("regs as JSON") << "--json regs gpib.timeout_10ms" << "" << 0 << "{\"access\":\"rw\",\"address\":\"0xFFFE1002\",\"description\":\"Bus time-out in units of 10 ms\",\"fields\":[],\"map\":\"built-in\",\"name\":\"gpib.timeout_10ms\",\"size\":2}\n" << "";
         QTest::addRow("an IP-XACT map") << "--json get --map " MAVIX_DOCS_DIR "/ipxact-sample.xml timer.control" << "" << 0 << "{\"fields\":{\"prescale\":\"div1\",\"start\":\"0\"},\"name\":\"timer.control\",\"raw\":\"0x00000000\",\"value\":\"0x00000000\"}" << "";
+        QTest::addRow("gpib query prints the answer") << "gpib query 1 *IDN?" << "--gpib" << 0 << "MAVIX,SIM-GPIB-METER,0,1.0\n" << "";
+        QTest::addRow("gpib duplicated reply unit") << "gpib query 2 AB" << "--gpib --gpib-fault duplicate:5" << 3 << "GPIB reply does not belong to the request" << "";
+        QTest::addRow("gpib set writes with the permission") << "gpib set controller=30" << "--gpib" << 0 << "controller 30" << "FFFE1000=1E000064";
+        QTest::addRow("serial send") << "serial send dte hello" << "--rs232c" << 0 << "ZEL-RS232C sending successed" << "";
+        QTest::addRow("serial set refuses an unknown value") << "serial set parity=both" << "--rs232c" << 1 << "parity must be one of none, mark, space, odd, even, not both" << "FFFFFF3C=70011878";
         // clang-format on
     }
     void commandLines()

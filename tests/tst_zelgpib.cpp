@@ -1,5 +1,4 @@
 #include "app/appcontext.h"
-#include "modules/gpibunit.h"
 #include "modules/zelgpibtab.h"
 #include "sim/simgpib.h"
 #include "tabfixture.h"
@@ -84,16 +83,6 @@ private slots:
     }
 
     // clang-format off
-    void unitEncoding_data()
-    {
-        columns<QByteArray, QByteArray>("unit", "hex");
-        const auto row = [](const char *name, const GpibUnit &unit, const char *hex) { QTest::addRow("%s", name) << unit.toByteArray().toHex() << QByteArray(hex); };
-        row("bus control, second flag only", GpibUnit::busControl(false, true), "5028");
-        row("talk address 30", GpibUnit::talkAddress(30), "405e");
-        row("listen address 30", GpibUnit::listenAddress(30), "403e");
-    }
-    void unitEncoding() { QFETCH(QByteArray, unit); QTEST(unit, "hex"); }
-
     void sendSequence_data()
     {
         columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");

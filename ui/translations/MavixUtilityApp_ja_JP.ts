@@ -347,6 +347,50 @@
         <source>Bus time-out in units of 10 ms</source>
         <translation>バスタイムアウト (10 ミリ秒単位)</translation>
     </message>
+    <message>
+        <source>Drive the ZEL-GPIB bridge module on the TCP data port: show or change its settings (keys: controller, timeout-ms), send TEXT to the instrument at GPIB address ADDR, receive its answer, query (send, then receive), or clear the bus (Interface Clear). The answer goes to standard output.</source>
+        <translation>TCP データポート上の ZEL-GPIB ブリッジモジュールを操作します: 設定の表示・変更 (キー: controller, timeout-ms)、GPIB アドレス ADDR の測定器への TEXT の送信、その応答の受信、問い合わせ (送信してから受信)、バスのクリア (インターフェースクリア)。応答は標準出力に出力します。</translation>
+    </message>
+    <message>
+        <source>What ends a message sent and an answer received: crlf (default), cr, lf or none (the END signal alone).</source>
+        <translation>送信するメッセージと受信する応答の終わり: crlf (既定)、cr、lf、none (END 信号のみ)。</translation>
+    </message>
+    <message>
+        <source>Stop receiving after N bytes (default: END, the delimiter or 1 MiB).</source>
+        <translation>N バイトで受信を終えます (既定: END、デリミタ、または 1 MiB)。</translation>
+    </message>
+    <message>
+        <source>The module&apos;s own GPIB address (default: read from the module&apos;s settings).</source>
+        <translation>モジュール自身の GPIB アドレス (既定: モジュールの設定から読み出します)。</translation>
+    </message>
+    <message>
+        <source>Print the answer as hex bytes.</source>
+        <translation>応答を 16 進のバイトで出力します。</translation>
+    </message>
+    <message>
+        <source>settings, set, query, send, recv or clear.</source>
+        <translation>settings、set、query、send、recv、clear のいずれか。</translation>
+    </message>
+    <message>
+        <source>Drive the ZEL-RS232C serial bridge module: show or change its format, flow control, lines and ports (keys: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd), send to a connector (TEXT, the bytes of FILE, or standard input), receive what it delivered, or print what arrives until Ctrl+C.</source>
+        <translation>ZEL-RS232C シリアルブリッジモジュールを操作します: 通信形式、フロー制御、信号線、ポートの表示・変更 (キー: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd)、コネクタへの送信 (TEXT、FILE の内容、または標準入力)、届いたデータの受信、Ctrl+C まで届くデータの出力。</translation>
+    </message>
+    <message>
+        <source>Read or write the EEPROM copy of the settings instead of the running copy.</source>
+        <translation>動作中の設定ではなく EEPROM の設定を読み書きします。</translation>
+    </message>
+    <message>
+        <source>Receive at most N bytes (default: what has arrived, up to 1 MiB).</source>
+        <translation>最大 N バイトを受信します (既定: 届いている分、最大 1 MiB)。</translation>
+    </message>
+    <message>
+        <source>Print what arrives as hex bytes.</source>
+        <translation>届いたデータを 16 進のバイトで出力します。</translation>
+    </message>
+    <message>
+        <source>settings, set, send, recv or monitor.</source>
+        <translation>settings、set、send、recv、monitor のいずれか。</translation>
+    </message>
 </context>
 <context>
     <name>ExpertTab</name>
@@ -619,6 +663,104 @@
     <message>
         <source>No address block found</source>
         <translation>アドレスブロックがありません</translation>
+    </message>
+</context>
+<context>
+    <name>GpibBridge</name>
+    <message>
+        <source>Target GPIB address must be 0 to 30</source>
+        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Controller GPIB address must be 0 to 30</source>
+        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
+    </message>
+    <message>
+        <source>Timeout must be 0 to 655350</source>
+        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
+    </message>
+    <message>
+        <source>UDP read is timeout</source>
+        <translation>UDP の読み出しがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-GPIB setting is invalid</source>
+        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を読み出しました</translation>
+    </message>
+    <message>
+        <source>UDP write is timeout</source>
+        <translation>UDP の書き込みがタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-GPIB setting successed</source>
+        <translation>ZEL-GPIB の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB connect successed</source>
+        <translation>ZEL-GPIB に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-GPIB disconnect successed</source>
+        <translation>ZEL-GPIB から切断しました</translation>
+    </message>
+    <message>
+        <source>GPIB sending successed</source>
+        <translation>GPIB で送信しました</translation>
+    </message>
+    <message>
+        <source>Receiving stopped at %1 bytes; the rest stays with the talker</source>
+        <translation>受信を %1 バイトで止めました。残りはトーカーに残っています</translation>
+    </message>
+    <message>
+        <source>GPIB receiving successed</source>
+        <translation>GPIB で受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB Interface Clear successed</source>
+        <translation>GPIB インターフェースクリアを実行しました</translation>
+    </message>
+    <message>
+        <source>GPIB timeout</source>
+        <translation>GPIB がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>GPIB error packet</source>
+        <translation>GPIB エラーパケットを受信しました</translation>
+    </message>
+    <message>
+        <source>GPIB undefined error</source>
+        <translation>GPIB で未定義のエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>GPIB reply does not belong to the request</source>
+        <translation>GPIB の応答が要求に対応していません</translation>
+    </message>
+</context>
+<context>
+    <name>GpibCommand</name>
+    <message>
+        <source>Unknown setting %1; the settings are controller, timeout-ms</source>
+        <translation>不明な設定 %1 です。設定は controller、timeout-ms です</translation>
+    </message>
+    <message>
+        <source>Unknown or incomplete gpib command; see: mavix gpib --help</source>
+        <translation>gpib コマンドが不明か不完全です。mavix gpib --help を参照してください</translation>
+    </message>
+    <message>
+        <source>--delimiter must be crlf, cr, lf or none, not %1</source>
+        <translation>--delimiter は crlf、cr、lf、none のいずれかで指定してください (%1 は不可)</translation>
+    </message>
+    <message>
+        <source>--max must be a whole number of bytes from 1, not %1</source>
+        <translation>--max は 1 以上の整数のバイト数で指定してください (%1 は不可)</translation>
     </message>
 </context>
 <context>
@@ -1152,6 +1294,84 @@
     <message>
         <source>Nothing to write: type a value into the Value column first</source>
         <translation>書き込むものがありません。先に「値」の列に値を入力してください</translation>
+    </message>
+</context>
+<context>
+    <name>SerialBridge</name>
+    <message>
+        <source>ZEL-RS232C timeout</source>
+        <translation>ZEL-RS232C がタイムアウトしました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C undefined error</source>
+        <translation>ZEL-RS232C で不明なエラーが発生しました</translation>
+    </message>
+    <message>
+        <source>Read ZEL-RS232C setting is invalid</source>
+        <translation>読み込んだ ZEL-RS232C の設定が不正です</translation>
+    </message>
+    <message>
+        <source>Reading ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を読み込みました</translation>
+    </message>
+    <message>
+        <source>Writing ZEL-RS232C setting is successed</source>
+        <translation>ZEL-RS232C の設定を書き込みました</translation>
+    </message>
+    <message>
+        <source>Fail to connect to device</source>
+        <translation>デバイスに接続できません</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C connect successed</source>
+        <translation>ZEL-RS232C に接続しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C data is empty</source>
+        <translation>ZEL-RS232C の送信データが空です</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C sending successed</source>
+        <translation>ZEL-RS232C で送信しました</translation>
+    </message>
+    <message>
+        <source>Receiving stopped at %1 bytes; the rest waits for the next receive</source>
+        <translation>受信を %1 バイトで止めました。残りは次の受信で受け取ります</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C receiving successed</source>
+        <translation>ZEL-RS232C で受信しました</translation>
+    </message>
+    <message>
+        <source>ZEL-RS232C is not connected</source>
+        <translation>ZEL-RS232C に接続していません</translation>
+    </message>
+</context>
+<context>
+    <name>SerialCommand</name>
+    <message>
+        <source>%1 must be one of %2, not %3</source>
+        <translation>%1 は %2 のいずれかで指定してください (%3 は不可)</translation>
+    </message>
+    <message>
+        <source>Unknown setting %1; the settings are baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd</source>
+        <translation>不明な設定 %1 です。設定は baud、data-bits、stop-bits、parity、dte-flow、dce-flow、dte-wait、dce-wait、dte-port、dce-port、rts、dtr、cts、ri、dsr、cd です</translation>
+    </message>
+    <message>
+        <source>Unknown or incomplete serial command; see: mavix serial --help</source>
+        <translation>serial コマンドが不明か不完全です。mavix serial --help を参照してください</translation>
+    </message>
+    <message>
+        <source>The connector must be dte or dce, not %1</source>
+        <translation>コネクタは dte か dce で指定してください (%1 は不可)</translation>
+    </message>
+    <message>
+        <source>--max must be a whole number of bytes from 1, not %1</source>
+        <translation>--max は 1 以上の整数のバイト数で指定してください (%1 は不可)</translation>
+    </message>
+    <message>
+        <source>File cannot open: %1</source>
+        <translation>ファイルを開けません: %1</translation>
     </message>
 </context>
 <context>
@@ -1792,88 +2012,12 @@ Dialog</source>
         <translation>クリア</translation>
     </message>
     <message>
-        <source>UDP read is timeout</source>
-        <translation>UDP の読み出しがタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Read ZEL-GPIB setting is invalid</source>
-        <translation>読み出した ZEL-GPIB の設定が不正です</translation>
-    </message>
-    <message>
-        <source>Reading ZEL-GPIB setting successed</source>
-        <translation>ZEL-GPIB の設定を読み出しました</translation>
-    </message>
-    <message>
-        <source>Controller GPIB address must be 0 to 30</source>
-        <translation>コントローラの GPIB アドレスは 0 から 30 で指定してください</translation>
-    </message>
-    <message>
-        <source>Timeout must be 0 to 655350</source>
-        <translation>タイムアウトは 0 から 655350 で指定してください</translation>
-    </message>
-    <message>
-        <source>Response to obtaining permisssion to write in EEPROM is timeout</source>
-        <translation>EEPROM 書き込み許可の取得に対する応答がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>UDP write is timeout</source>
-        <translation>UDP の書き込みがタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Response to permisssion release to write in EEPROM is timeout</source>
-        <translation>EEPROM 書き込み許可の解除に対する応答がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>Writing ZEL-GPIB setting successed</source>
-        <translation>ZEL-GPIB の設定を書き込みました</translation>
-    </message>
-    <message>
-        <source>Fail to connect to device</source>
-        <translation>デバイスに接続できません</translation>
-    </message>
-    <message>
         <source>Disconnect</source>
         <translation>切断</translation>
     </message>
     <message>
-        <source>ZEL-GPIB connect successed</source>
-        <translation>ZEL-GPIB に接続しました</translation>
-    </message>
-    <message>
-        <source>ZEL-GPIB disconnect successed</source>
-        <translation>ZEL-GPIB から切断しました</translation>
-    </message>
-    <message>
-        <source>Target GPIB address must be 0 to 30</source>
-        <translation>接続先の GPIB アドレスは 0 から 30 で指定してください</translation>
-    </message>
-    <message>
         <source>GPIB command is empty</source>
         <translation>GPIB コマンドが空です</translation>
-    </message>
-    <message>
-        <source>GPIB sending successed</source>
-        <translation>GPIB で送信しました</translation>
-    </message>
-    <message>
-        <source>GPIB receiving successed</source>
-        <translation>GPIB で受信しました</translation>
-    </message>
-    <message>
-        <source>GPIB Interface Clear successed</source>
-        <translation>GPIB インターフェースクリアを実行しました</translation>
-    </message>
-    <message>
-        <source>GPIB timeout</source>
-        <translation>GPIB がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>GPIB error packet</source>
-        <translation>GPIB エラーパケットを受信しました</translation>
-    </message>
-    <message>
-        <source>GPIB undefined error</source>
-        <translation>GPIB で未定義のエラーが発生しました</translation>
     </message>
 </context>
 <context>
@@ -2011,28 +2155,8 @@ Dialog</source>
         <translation>クリア</translation>
     </message>
     <message>
-        <source>Read ZEL-RS232C setting is invalid</source>
-        <translation>読み込んだ ZEL-RS232C の設定が不正です</translation>
-    </message>
-    <message>
-        <source>Reading ZEL-RS232C setting is successed</source>
-        <translation>ZEL-RS232C の設定を読み込みました</translation>
-    </message>
-    <message>
         <source>TCP Port number must be 0 to 65535</source>
         <translation>TCP ポート番号は 0 から 65535 で指定してください</translation>
-    </message>
-    <message>
-        <source>Writing ZEL-RS232C setting is successed</source>
-        <translation>ZEL-RS232C の設定を書き込みました</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C timeout</source>
-        <translation>ZEL-RS232C がタイムアウトしました</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C undefined error</source>
-        <translation>ZEL-RS232C で不明なエラーが発生しました</translation>
     </message>
     <message>
         <source>Manual</source>
@@ -2067,28 +2191,8 @@ Dialog</source>
         <translation>ZEL-RS232C を切断しました</translation>
     </message>
     <message>
-        <source>Fail to connect to device</source>
-        <translation>デバイスに接続できません</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C connect successed</source>
-        <translation>ZEL-RS232C に接続しました</translation>
-    </message>
-    <message>
         <source>ZEL-RS232C data is empty</source>
         <translation>ZEL-RS232C の送信データが空です</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C sending successed</source>
-        <translation>ZEL-RS232C で送信しました</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C is not connected</source>
-        <translation>ZEL-RS232C に接続していません</translation>
-    </message>
-    <message>
-        <source>ZEL-RS232C receiving successed</source>
-        <translation>ZEL-RS232C で受信しました</translation>
     </message>
 </context>
 <context>
