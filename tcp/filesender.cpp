@@ -25,7 +25,8 @@ bool FileSender::open(const TransferRun &run)
     m_showData = run.displayMode != TCPOutputOption::kDisplayOff;
     m_layout = run.layout;
     m_decoder.reset();
-    m_sent = m_batchFileBytes = m_displayed = 0;
+    m_sent = m_queuedFileBytes = m_queuedPayload = m_writtenPayload = m_displayed = 0;
+    m_batchEnds.clear();
     m_atEnd = false;
     if (!m_file.open(QIODevice::ReadOnly))
         return false;
@@ -41,7 +42,8 @@ void FileSender::start(QTcpSocket *socket, int writeTimeoutMs)
     connect(socket, &QTcpSocket::bytesWritten, this, &FileSender::onBytesWritten,
             Qt::UniqueConnection);
     // From the event loop, so that the caller finishes starting the run first.
-    QMetaObject::invokeMethod(this, &FileSender::queueBatch, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { onBytesWritten(0); }, Qt::QueuedConnection);
 }
 
 void FileSender::stop()
@@ -53,54 +55,57 @@ void FileSender::stop()
     m_file.close();
 }
 
-void FileSender::onBytesWritten()
+void FileSender::onBytesWritten(qint64 bytes)
 {
     if (!m_socket)
         return;
-    m_stallTimer->start(); // the system took something
-    if (m_socket->bytesToWrite() > 0)
+    m_writtenPayload += bytes;
+    const qint64 sentBefore = m_sent;
+    while (!m_batchEnds.isEmpty() && m_batchEnds.constFirst().payload <= m_writtenPayload)
+        m_sent = m_batchEnds.takeFirst().fileBytes;
+    if (m_sent != sentBefore)
+        emit progressed();
+    if (!m_socket)
         return;
-    queueBatch();
+    if (m_atEnd && m_batchEnds.isEmpty()) {
+        stop();
+        emit finished();
+        return;
+    }
+    if (!m_atEnd && m_socket->bytesToWrite() < kBatchBytes)
+        queueBatch();
+    if (m_socket && m_socket->bytesToWrite() > 0)
+        m_stallTimer->start(); // the system took something, or there is something new
 }
 
-// Counts the batch the system has taken, then queues the next one; a batch of hex text may turn
-// into no bytes at all, so the loop goes on until something is queued or the file ends.
+// Reads and queues one batch. A batch of hex text may turn into no bytes at all: it is taken at
+// once.
 void FileSender::queueBatch()
 {
-    while (m_socket) {
-        m_sent += m_batchFileBytes;
-        m_batchFileBytes = 0;
-        if (m_atEnd) {
-            stop();
-            emit finished();
-            return;
+    const qint64 payloadBefore = m_queuedPayload;
+    while (m_queuedPayload - payloadBefore < kBatchBytes) {
+        const qint64 fileBytes = m_file.read(m_chunk.data(), kChunkBytes);
+        if (fileBytes <= 0) {
+            m_atEnd = true;
+            break;
         }
-        qint64 queued = 0;
-        while (queued < kBatchBytes) {
-            const qint64 fileBytes = m_file.read(m_chunk.data(), kChunkBytes);
-            if (fileBytes <= 0) {
-                m_atEnd = true;
-                break;
-            }
-            QByteArrayView payload(m_chunk.constData(), fileBytes);
-            if (m_hexFile) {
-                m_payload.resize(0);
-                m_decoder.decode(m_chunk.constData(), fileBytes, &m_payload);
-                payload = m_payload;
-            }
-            if (m_showData && m_displayed < kDisplayLimitBytes)
-                show(fileBytes, payload);
-            if (!payload.isEmpty() && m_socket->write(payload.data(), payload.size()) < 0)
-                return; // the connection is gone; its error has been reported
-            queued += payload.size();
-            m_batchFileBytes += fileBytes;
+        QByteArrayView payload(m_chunk.constData(), fileBytes);
+        if (m_hexFile) {
+            m_payload.resize(0);
+            m_decoder.decode(m_chunk.constData(), fileBytes, &m_payload);
+            payload = m_payload;
         }
-        emit progressed();
-        if (queued > 0 && m_socket) {
-            m_stallTimer->start();
-            return;
-        }
+        if (m_showData && m_displayed < kDisplayLimitBytes)
+            show(fileBytes, payload);
+        if (!payload.isEmpty() && m_socket->write(payload.data(), payload.size()) < 0)
+            return; // the connection is gone; its error has been reported
+        m_queuedPayload += payload.size();
+        m_queuedFileBytes += fileBytes;
     }
+    m_batchEnds.append({m_queuedPayload, m_queuedFileBytes});
+    if (m_queuedPayload == m_writtenPayload) // nothing is waiting for the system
+        QMetaObject::invokeMethod(
+            this, [this] { onBytesWritten(0); }, Qt::QueuedConnection);
 }
 
 void FileSender::show(qint64 fileBytes, QByteArrayView payload)
@@ -117,7 +122,7 @@ void FileSender::show(qint64 fileBytes, QByteArrayView payload)
         m_layout.render(payload.data(), covered, &position,
                         QByteArrayView(TCPOutputOption::kSendLineEnd), &text);
     }
-    const qint64 from = m_sent + m_batchFileBytes;
+    const qint64 from = m_queuedFileBytes;
     m_displayed += covered;
     if (!text.isEmpty())
         emit shown(QString::fromUtf8(text), from, covered);

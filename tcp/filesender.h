@@ -1,7 +1,8 @@
 // Sends the run's file over a connected socket, driven by the socket's bytesWritten(): the file is
-// read 1024 bytes at a time (hex text turned back into bytes) and queued a batch at a time; the
-// next batch follows once the system has taken the last one, and a batch counts as sent then. A
-// batch the system takes nothing of for the write time-out stalls the run.
+// read 1024 bytes at a time (hex text turned back into bytes) and queued a batch at a time, the
+// next batch while the system still has the last one to take, so that it never runs dry. A batch's
+// file bytes count as sent once the system has taken all of it. When the system takes nothing for
+// the write time-out the run stalls.
 #pragma once
 
 #include "tcp/hexlayout.h"
@@ -9,6 +10,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QList>
 #include <QObject>
 
 class QTcpSocket;
@@ -21,7 +23,7 @@ class FileSender : public QObject
 
 public:
     static constexpr qint64 kChunkBytes = 1024;
-    static constexpr qint64 kBatchBytes = 64 * 1024;
+    static constexpr qint64 kBatchBytes = 256 * 1024;
     // File bytes shown as sent text at most, when Show Data is on.
     static constexpr qint64 kDisplayLimitBytes = 65536;
 
@@ -44,7 +46,7 @@ signals:
     void stalled();
 
 private:
-    void onBytesWritten();
+    void onBytesWritten(qint64 bytes);
     void queueBatch();
     void show(qint64 fileBytes, QByteArrayView payload);
 
@@ -59,7 +61,15 @@ private:
     QTimer *m_stallTimer = nullptr;
     qint64 m_fileSize = 0;
     qint64 m_sent = 0;
-    qint64 m_batchFileBytes = 0; // file bytes queued and not yet taken by the system
+    qint64 m_queuedFileBytes = 0; // file bytes read and queued so far
+    qint64 m_queuedPayload = 0;   // bytes queued so far
+    qint64 m_writtenPayload = 0;  // bytes the system has taken so far
+    struct BatchEnd
+    {
+        qint64 payload;
+        qint64 fileBytes;
+    };
+    QList<BatchEnd> m_batchEnds; // batches not yet taken in full
     qint64 m_displayed = 0;
     bool m_atEnd = false;
 };

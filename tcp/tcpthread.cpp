@@ -125,7 +125,8 @@ void TCPThread::setSendStatus(THREAD_STATUS status)
     LOG_INFO_MSG(QStringLiteral("send status changed: %1 -> %2")
                      .arg(threadStatusText(old), threadStatusText(status)));
     if (status != TS_RUN)
-        m_sender->stop();
+        QMetaObject::invokeMethod(m_sender, &FileSender::stop,
+                                  onWorkerThread() ? Qt::DirectConnection : Qt::QueuedConnection);
     emit sendStatusChanged(old, status);
 }
 
@@ -376,12 +377,10 @@ void TCPThread::emitSendProgress(bool force)
         emit sendProgress(sent, m_sender->fileSize(), m_sendThrottle.elapsedMs());
 }
 
+// The status changes at once, on the caller's thread, so that the caller sees the stop taken; the
+// close follows on the worker thread.
 void TCPThread::stopSending()
 {
-    if (!onWorkerThread()) {
-        QMetaObject::invokeMethod(this, &TCPThread::stopSending, Qt::QueuedConnection);
-        return;
-    }
     LOG_INFO_MSG("stop sending");
     QMutexLocker lock(&m_mutex);
     if (m_sendStatus != TS_RUN) {
@@ -389,8 +388,14 @@ void TCPThread::stopSending()
         return;
     }
     m_sendStopped = true;
-    emitSendProgress(true);
-    closeAfterSending();
+    setSendStatus(TS_STOPPING);
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            emitSendProgress(true);
+            closeAfterSending();
+        },
+        Qt::QueuedConnection);
 }
 
 // ---- Receiving ----
