@@ -88,10 +88,14 @@ private slots:
     void throttle_data()
     {
         columns<QString, QString>("calls", "sent");
-        QTest::addRow("first goes out") << "1" << "1";
-        QTest::addRow("the next waits") << "1 2 3" << "1";
-        QTest::addRow("forced goes out") << "1 2 3!" << "1 3";
-        QTest::addRow("never twice") << "1 1! 2! 2!" << "1 2";
+        QTest::addRow("first goes out") << "1"
+                                        << "1";
+        QTest::addRow("the next waits") << "1 2 3"
+                                        << "1";
+        QTest::addRow("forced goes out") << "1 2 3!"
+                                         << "1 3";
+        QTest::addRow("never twice") << "1 1! 2! 2!"
+                                     << "1 2";
     }
     void throttle()
     {

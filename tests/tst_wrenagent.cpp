@@ -217,29 +217,29 @@ private slots:
     void requestBytes_data()
     {
         // clang-format off
-        // fields: VerType, command kind, read, acknowledge, bus error, packet ID, length, address
+        // fields: command kind, read, acknowledge, bus error, packet ID, length, address
         columns<QList<qint64>, QByteArray, QByteArray>("fields", "data", "bytes");
         const auto row = [](const char *name, const QList<qint64> &fields, const char *data, const char *bytes) {
             QTest::addRow("%s", name) << fields << hex(data) << hex(bytes);
         };
-        row("read of 4 bytes at FFFFFF00 with ID 5", {0xFF, 1, 1, 0, 0, 5, 4, 0xFFFFFF00}, "", "FFC00504FFFFFF00");
-        row("address goes most significant byte first", {0xFF, 1, 0, 0, 0, 0, 0, 0x12345678}, "", "FF80000012345678");
-        row("command kind 2 is no command", {0xFF, 2, 1, 0, 0, 9, 0, 0x10}, "", "FF40090000000010");
-        row("acknowledge and bus error", {0xFF, 1, 0, 1, 1, 9, 0, 0x10}, "", "FF89090000000010");
-        row("write with 6 data bytes and length 4 sends 4", {0xFF, 1, 0, 0, 0, 9, 4, 0x10}, "010203040506", "FF80090400000010 01020304");
-        row("write with 2 data bytes and length 4 is zero-filled", {0xFF, 1, 0, 0, 0, 9, 4, 0x10}, "0102", "FF80090400000010 01020000");
+        row("read of 4 bytes at FFFFFF00 with ID 5", {1, 1, 0, 0, 5, 4, 0xFFFFFF00}, "", "FFC00504FFFFFF00");
+        row("address goes most significant byte first", {1, 0, 0, 0, 0, 0, 0x12345678}, "", "FF80000012345678");
+        row("command kind 2 is no command", {2, 1, 0, 0, 9, 0, 0x10}, "", "FF40090000000010");
+        row("acknowledge and bus error", {1, 0, 1, 1, 9, 0, 0x10}, "", "FF89090000000010");
+        row("write with 6 data bytes and length 4 sends 4", {1, 0, 0, 0, 9, 4, 0x10}, "010203040506", "FF80090400000010 01020304");
+        row("write with 2 data bytes and length 4 is zero-filled", {1, 0, 0, 0, 9, 4, 0x10}, "0102", "FF80090400000010 01020000");
         // clang-format on
     }
     void requestBytes()
     {
         QFETCH(QList<qint64>, fields);
         QFETCH(QByteArray, data);
-        const WrenHeader header{qint8(fields[0]),  quint32(fields[1]), int(fields[2]),
-                                int(fields[3]),    int(fields[4]),     quint8(fields[5]),
-                                quint8(fields[6]), quint32(fields[7])};
+        const WrenHeader header{quint32(fields[0]), int(fields[1]),    int(fields[2]),
+                                int(fields[3]),     quint8(fields[4]), quint8(fields[5]),
+                                quint32(fields[6])};
         for (const bool remote : {false, true}) { // the remote flag never reaches the wire
             const WrenPacket packet =
-                fields[2] == 1 ? WrenPacket(header, remote) : WrenPacket(header, data, remote);
+                fields[1] == 1 ? WrenPacket(header, remote) : WrenPacket(header, data, remote);
             QCOMPARE(packet.remoteFlag(), remote);
             QTEST(packet.toByteArray(), "bytes");
         }

@@ -63,8 +63,7 @@ QByteArray WrenAgent::write(quint32 address, const QByteArray &data, int timeout
     refuseNestedAccess();
     AccessGate::Hold hold(m_gate);
     const quint8 id = takePacketId();
-    const WrenHeader header(qint8(WrenHeader::kVerType), kCommandKindRegister, 0, 0, 0, id,
-                            quint8(data.size()), address);
+    const WrenHeader header(kCommandKindRegister, 0, 0, 0, id, quint8(data.size()), address);
     const WrenPacket request(header, data, remote);
     send(request);
     return awaitReply(request, timeoutMs);
@@ -75,8 +74,7 @@ QByteArray WrenAgent::read(quint32 address, quint8 length, int timeoutMs, bool r
     refuseNestedAccess();
     AccessGate::Hold hold(m_gate);
     const quint8 id = takePacketId();
-    const WrenHeader header(qint8(WrenHeader::kVerType), kCommandKindRegister, 1, 0, 0, id, length,
-                            address);
+    const WrenHeader header(kCommandKindRegister, 1, 0, 0, id, length, address);
     const WrenPacket request(header, remote);
     send(request);
     return awaitReply(request, timeoutMs);
