@@ -15,6 +15,7 @@
 #include "app/eventdispatcher.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
+#include "tcp/filesender.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 
@@ -209,10 +210,11 @@ int toolTransfer(bool receiving, quint16 port, const QString &path)
     poll.start(10);
     QTimer::singleShot(kChildTimeoutMs, qApp, [] { QCoreApplication::exit(2); });
     timer.start();
+    const TransferRun run = TransferRun::of(*option, target.ipAddress, target.tcpDataPort);
     if (receiving)
-        worker->beginRecvThread();
+        worker->beginRecvThread(run);
     else
-        worker->beginSendThread();
+        worker->beginSendThread(run);
     const int code = QCoreApplication::exec();
     thread.quit();
     thread.wait();
@@ -232,7 +234,7 @@ int runChild(const QString &kind, quint16 port, const QString &path)
     if (kind == QLatin1String("send-tool"))
         return toolTransfer(false, port, path);
     if (kind == QLatin1String("send-plain-1k"))
-        return plainSend(port, path, TCPThread::kChunkBytes);
+        return plainSend(port, path, FileSender::kChunkBytes);
     if (kind == QLatin1String("send-plain-1m"))
         return plainSend(port, path, 1024 * 1024);
     return 1;

@@ -5,6 +5,7 @@
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 #include "wren/wrenagent.h"
@@ -119,22 +120,30 @@ bool TransferCommand::prepareFile(AppModel &model)
     if (receiving()) {
         model.recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
         model.setRecvFileName(m_fileName);
+        m_run = runOf(*model.recvOption());
         return model.checkRecvFile();
     }
     model.sendOption()->setShowData(false);
     model.setSendFileName(m_fileName);
     if (!model.checkSendFile())
         return false;
+    m_run = runOf(*model.sendOption());
     m_fileSize = QFile(m_fileName).size();
     return true;
+}
+
+TransferRun TransferCommand::runOf(const TCPOutputOption &option)
+{
+    const MavixSetting target = MavixSetting::current();
+    return TransferRun::of(option, target.ipAddress, target.tcpDataPort);
 }
 
 void TransferCommand::begin()
 {
     if (receiving())
-        m_worker->beginRecvThread();
+        m_worker->beginRecvThread(m_run);
     else
-        m_worker->beginSendThread();
+        m_worker->beginSendThread(m_run);
 }
 
 void TransferCommand::stop()

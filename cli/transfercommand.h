@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tcp/threadstatus.h"
+#include "tcp/transferrun.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -12,6 +13,7 @@
 
 struct CommandContext;
 class AppModel;
+class TCPOutputOption;
 class TCPThread;
 
 class TransferCommand : public QObject
@@ -29,6 +31,7 @@ public:
 private:
     [[nodiscard]] bool readLimits();
     [[nodiscard]] bool prepareFile(AppModel &model);
+    [[nodiscard]] static TransferRun runOf(const TCPOutputOption &option);
     void begin();
     void stop();
     void interrupt();
@@ -46,6 +49,7 @@ private:
     const CommandContext &m_context;
     Direction m_direction;
     QString m_fileName;
+    TransferRun m_run;
     qint64 m_byteLimit = -1;
     qint64 m_timeLimitMs = -1;
     TCPThread *m_worker = nullptr;

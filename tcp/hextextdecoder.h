@@ -11,7 +11,6 @@ public:
     // Appends the completed bytes of `text` to `out`.
     void decode(const char *text, qsizetype size, QByteArray *out);
     void reset() { m_highNibble = -1; }
-    [[nodiscard]] bool hasHalfByte() const { return m_highNibble >= 0; }
 
 private:
     int m_highNibble = -1;

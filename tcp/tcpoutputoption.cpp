@@ -46,22 +46,10 @@ int TCPOutputOption::bytesPerLine() const
     return m_layout.bytesPerLine();
 }
 
-QStringList TCPOutputOption::formatItems() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_layout.items();
-}
-
 HexLayout TCPOutputOption::layout() const
 {
     QMutexLocker lock(&m_mutex);
     return m_layout;
-}
-
-QByteArray TCPOutputOption::render(const QByteArray &bytes, qint64 *position,
-                                   const char *lineEnd) const
-{
-    return layout().render(bytes, position, QByteArrayView(lineEnd));
 }
 
 QString TCPOutputOption::fileName() const

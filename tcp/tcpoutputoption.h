@@ -50,12 +50,7 @@ public:
     [[nodiscard]] QString format() const;
     bool setFormat(const QString &text);
     [[nodiscard]] int bytesPerLine() const;
-    [[nodiscard]] QStringList formatItems() const;
     [[nodiscard]] HexLayout layout() const;
-
-    // Rendering with the current format; `position` counts the bytes rendered so far.
-    [[nodiscard]] QByteArray render(const QByteArray &bytes, qint64 *position,
-                                    const char *lineEnd) const;
 
     // File
     [[nodiscard]] QString fileName() const;

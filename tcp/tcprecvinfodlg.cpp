@@ -3,6 +3,7 @@
 #include "app/appmodel.h"
 #include "app/log.h"
 #include "app/report.h"
+#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
@@ -119,6 +120,8 @@ void TCPRecvInfoDlg::applyDisplayMode()
         mode = m_ui->ShowHexCheckbox->isChecked() ? kDisplayHex : kDisplayText;
     if (TCPOutputOption *recvOption = option())
         recvOption->setDisplayMode(mode);
+    if (TCPThread *worker = TCPThread::instance())
+        worker->setDisplayMode(mode);
     refreshWidgetStates();
     reserveTextOutput();
 }
@@ -174,7 +177,10 @@ void TCPRecvInfoDlg::beginReceive()
         QMutexLocker lock(&m_mutex);
         m_pending.clear();
     }
-    worker->beginRecvThread();
+    if (TCPOutputOption *recvOption = option()) {
+        const MavixSetting target = MavixSetting::current();
+        worker->beginRecvThread(TransferRun::of(*recvOption, target.ipAddress, target.tcpDataPort));
+    }
 }
 
 void TCPRecvInfoDlg::stopReceive()

@@ -3,6 +3,7 @@
 #include "app/appmodel.h"
 #include "app/log.h"
 #include "app/report.h"
+#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
@@ -100,7 +101,10 @@ void TCPSendInfoDlg::beginSend()
     m_failed = false;
     m_ui->ErrorLabel->clear();
     m_ui->FileLabel->clear();
-    worker->beginSendThread();
+    if (TCPOutputOption *sendOption = option()) {
+        const MavixSetting target = MavixSetting::current();
+        worker->beginSendThread(TransferRun::of(*sendOption, target.ipAddress, target.tcpDataPort));
+    }
 }
 
 void TCPSendInfoDlg::stopSend()

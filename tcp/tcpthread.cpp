@@ -1,48 +1,47 @@
 #include "tcp/tcpthread.h"
 
-#include "app/appmodel.h"
 #include "app/log.h"
 #include "app/report.h"
-#include "settings/mavixsetting.h"
+#include "tcp/filesender.h"
 #include "tcp/tcpoutputoption.h"
 
-#include <QCoreApplication>
-#include <QDateTime>
 #include <QTcpSocket>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 #include <atomic>
-#include <limits>
 
 namespace {
 
 std::atomic<TCPThread *> g_instance{nullptr};
 
-qint64 nowMsec()
-{
-    return QDateTime::currentMSecsSinceEpoch();
-}
-
 } // namespace
 
-TCPThread::TCPThread(QThread *thread, QObject *parent) : QObject(parent)
+TCPThread::TCPThread(QThread *thread, QObject *parent)
+    : QObject(parent), m_sender(new FileSender(this)), m_recvProgressDue(new QTimer(this)),
+      m_flushTimer(new QTimer(this))
 {
     registerThreadMetaTypes();
-    m_flushTimer = new QTimer(this);
-    m_recvProgressDue = new QTimer(this);
-    m_fileChunk.resize(kChunkBytes);
-    m_recvChunk.resize(kChunkBytes);
     g_instance = this;
     moveToThread(thread);
-    connect(m_flushTimer, &QTimer::timeout, this, &TCPThread::onRecvFileFlushTimeout);
     m_flushTimer->setInterval(kFlushIntervalMs);
+    connect(m_flushTimer, &QTimer::timeout, this, &TCPThread::onFlushTimeout);
     m_recvProgressDue->setSingleShot(true);
     m_recvProgressDue->setInterval(kProgressIntervalMs);
     connect(m_recvProgressDue, &QTimer::timeout, this, [this] {
         QMutexLocker lock(&m_mutex);
         emitRecvProgress(true);
+    });
+    connect(m_sender, &FileSender::shown, this,
+            [this](const QString &text, qint64 from, qint64 bytes) {
+                emit sendStringAdded(text, true, from, bytes);
+            });
+    connect(m_sender, &FileSender::progressed, this, [this] { emitSendProgress(false); });
+    connect(m_sender, &FileSender::finished, this, &TCPThread::finishSendFile);
+    connect(m_sender, &FileSender::stalled, this, [this] {
+        failSend(tr("TCP write is timeout"), TTE_SEND_ERROR);
+        closeAfterSending();
     });
 }
 
@@ -93,9 +92,9 @@ void TCPThread::failRecv(const QString &text, TCPTHREAD_ERROR error)
 
 QString TCPThread::savedText() const
 {
-    if (m_recvFile.fileName().isEmpty())
+    if (m_recvRun.fileName.isEmpty())
         return tr("Nothing was saved (Save To is empty).");
-    return tr("%1 bytes were saved to %2.").arg(m_savedBytes).arg(m_recvFile.fileName());
+    return tr("%1 bytes were saved to %2.").arg(m_recorder.savedBytes()).arg(m_recvRun.fileName);
 }
 
 THREAD_STATUS TCPThread::recvStatus() const
@@ -116,8 +115,6 @@ bool TCPThread::hasSocket() const
     return m_socket != nullptr;
 }
 
-// ---- Status machines ----
-
 void TCPThread::setSendStatus(THREAD_STATUS status)
 {
     QMutexLocker lock(&m_mutex);
@@ -127,10 +124,9 @@ void TCPThread::setSendStatus(THREAD_STATUS status)
     m_sendStatus = status;
     LOG_INFO_MSG(QStringLiteral("send status changed: %1 -> %2")
                      .arg(threadStatusText(old), threadStatusText(status)));
-    if (status == TS_STOP && m_sendFile.isOpen()) {
-        LOG_INFO_MSG("send file closed");
-        m_sendFile.close();
-    }
+    if (status != TS_RUN)
+        QMetaObject::invokeMethod(m_sender, &FileSender::stop,
+                                  onWorkerThread() ? Qt::DirectConnection : Qt::QueuedConnection);
     emit sendStatusChanged(old, status);
 }
 
@@ -151,12 +147,11 @@ void TCPThread::setRecvStatus(THREAD_STATUS status)
     }
     if (status == TS_STOP) {
         if (m_socket)
-            disconnect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::reserveRecvData);
-        if (m_recvFile.isOpen()) {
-            if (!writeRecvBlock())
-                failRecv(m_recvFileError, TTE_RECV_ERROR);
+            disconnect(m_socket, &QTcpSocket::readyRead, this, nullptr);
+        if (m_recorder.isOpen()) {
+            if (!m_recorder.close())
+                failRecv(recordFailure(), TTE_RECV_ERROR);
             LOG_INFO_MSG("recv file closed");
-            m_recvFile.close();
         }
     }
     emit recvStatusChanged(old, status);
@@ -164,19 +159,17 @@ void TCPThread::setRecvStatus(THREAD_STATUS status)
 
 // ---- Connection ----
 
-// Both directions share one connection. The wait for the device runs without the lock held, so
-// the callers must not hold it either.
-bool TCPThread::connectToDevice()
+// Both directions share one connection. The wait for the device runs without the lock held.
+bool TCPThread::connectToDevice(const TransferRun &run)
 {
     QMutexLocker lock(&m_mutex);
     discardDeadSocket();
     if (m_socket)
         return true;
-    const MavixSetting target = MavixSetting::current();
     auto *socket = new QTcpSocket(this);
     socket->setReadBufferSize(kSocketReadBufferBytes);
     m_socket = socket;
-    socket->connectToHost(target.ipAddress, target.tcpDataPort, QIODevice::ReadWrite);
+    socket->connectToHost(run.host, run.port, QIODevice::ReadWrite);
     lock.unlock();
     const bool connected = socket->waitForConnected(m_connectTimeoutMs);
     lock.relock();
@@ -186,8 +179,8 @@ bool TCPThread::connectToDevice()
     }
     reserveCloseSocket(0);
     const QString text = QStringLiteral("%1: %2:%3 (%4)")
-                             .arg(tr("Fail to connect to device"), target.ipAddress)
-                             .arg(target.tcpDataPort)
+                             .arg(tr("Fail to connect to device"), run.host)
+                             .arg(run.port)
                              .arg(socket->errorString());
     reportError(text);
     if (m_sendStatus == TS_STARTING)
@@ -203,9 +196,8 @@ void TCPThread::discardDeadSocket()
 {
     if (!m_socket || m_socket->state() == QAbstractSocket::ConnectedState)
         return;
-    if (m_sendStatus != TS_STOP && m_sendStatus != TS_STARTING)
-        return;
-    if (m_recvStatus != TS_STOP && m_recvStatus != TS_STARTING)
+    if ((m_sendStatus != TS_STOP && m_sendStatus != TS_STARTING) ||
+        (m_recvStatus != TS_STOP && m_recvStatus != TS_STARTING))
         return;
     m_socket->disconnect(this);
     m_socket->abort();
@@ -213,8 +205,6 @@ void TCPThread::discardDeadSocket()
     m_socket = nullptr;
     LOG_INFO_MSG("socket closed");
 }
-
-void TCPThread::onBytesWritten(qint64) {}
 
 void TCPThread::onSocketError(QAbstractSocket::SocketError error)
 {
@@ -224,18 +214,13 @@ void TCPThread::onSocketError(QAbstractSocket::SocketError error)
     QMutexLocker lock(&m_mutex);
     const QString errorString = m_socket ? m_socket->errorString() : QString();
     // Bytes the socket took in before the connection ended still belong in the file.
-    if (m_recvStatus == TS_RUN && m_socket && m_socket->bytesAvailable() > 0) {
-        const TCPOutputOption *option = AppModel::currentRecvOption();
-        const HexLayout layout = option ? option->layout() : HexLayout();
-        if (layout.bytesPerLine() > 0)
-            readAvailable(layout, true);
-    }
+    if (m_recvStatus == TS_RUN)
+        readAvailable();
     const QString failure = QStringLiteral("%1: %2").arg(tr("TCP error occured"), errorString);
     if (m_recvStatus == TS_RUN) {
         emitRecvProgress(true);
-        // A device that sends a finite stream ends it by closing: that is how a receive ends.
-        if (!writeRecvBlock()) {
-            failRecv(m_recvFileError, TTE_RECV_ERROR);
+        if (!m_recorder.close()) {
+            failRecv(recordFailure(), TTE_RECV_ERROR);
         } else if (error == QAbstractSocket::RemoteHostClosedError) {
             const QString text =
                 QStringLiteral("%1 %2").arg(tr("The device closed the connection."), savedText());
@@ -261,19 +246,16 @@ void TCPThread::reserveCloseSocket(int msec)
     }
     const int delayMs = std::max(msec, 0);
     LOG_INFO_MSG(QStringLiteral("reserve to close socket [after %1msec]").arg(delayMs));
-    QTimer::singleShot(delayMs, this, &TCPThread::onReserveCloseSocketTimeout);
-}
-
-void TCPThread::onReserveCloseSocketTimeout()
-{
-    LOG_INFO_MSG("socket close reservation timed out.");
-    closeSocket();
+    QTimer::singleShot(delayMs, this, [this] {
+        LOG_INFO_MSG("socket close reservation timed out.");
+        closeSocket();
+    });
 }
 
 void TCPThread::closeSocket()
 {
     if (!onWorkerThread()) {
-        QMetaObject::invokeMethod(this, "closeSocket", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &TCPThread::closeSocket, Qt::QueuedConnection);
         return;
     }
     QMutexLocker lock(&m_mutex);
@@ -282,13 +264,11 @@ void TCPThread::closeSocket()
         return;
     }
     if (m_sendStatus == TS_STOPPING) {
-        const qint64 now = nowMsec();
-        if (m_closeDeadline > now) {
-            reserveCloseSocket(int(m_closeDeadline - now));
+        if (!m_closeDeadline.hasExpired()) {
+            reserveCloseSocket(int(m_closeDeadline.remainingTime()));
             return;
         }
         setSendStatus(TS_STOP);
-        m_closeDeadline = 0;
     } else if (m_sendStatus != TS_STOP) {
         LOG_WARN(QStringLiteral("tcp send is running. so cancel to close socket: send[%1] recv[%2]")
                      .arg(threadStatusText(m_sendStatus), threadStatusText(m_recvStatus)));
@@ -323,28 +303,27 @@ void TCPThread::closeSocket()
 
 // ---- Sending ----
 
-void TCPThread::beginSendThread()
+void TCPThread::beginSendThread(const TransferRun &run)
 {
     if (!onWorkerThread()) {
-        QMetaObject::invokeMethod(this, "beginSendThread", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, run] { beginSendThread(run); }, Qt::QueuedConnection);
         return;
     }
     LOG_INFO_MSG("begin send thread");
-    if (!prepareSendRun())
+    if (!prepareSendRun(run))
         return;
-    if (!connectToDevice()) {
+    if (!connectToDevice(run)) {
         setSendStatus(TS_STOP);
         return;
     }
-    {
-        QMutexLocker lock(&m_mutex);
-        setSendStatus(TS_RUN);
-        m_elapsedTimer.restart();
-    }
-    runSendLoop();
+    QMutexLocker lock(&m_mutex);
+    setSendStatus(TS_RUN);
+    m_sendThrottle.restart();
+    m_sender->start(m_socket, m_writeTimeoutMs);
 }
 
-bool TCPThread::prepareSendRun()
+bool TCPThread::prepareSendRun(const TransferRun &run)
 {
     QMutexLocker lock(&m_mutex);
     if (m_sendStatus != TS_STOP) {
@@ -353,160 +332,27 @@ bool TCPThread::prepareSendRun()
     }
     setSendStatus(TS_STARTING);
     m_sendStopped = false;
-    m_sentSize = 0;
-    m_elapsedTimer.start();
-    m_displayedSize = 0;
-    m_lastSendProgressMs = -1;
-    m_reportedSentSize = -1;
-    m_queuedBytes = 0;
-    m_hexDecoder.reset();
-    TCPOutputOption *option = AppModel::currentSendOption();
-    const QString name = option ? option->fileName() : QString();
-    m_sendFile.setFileName(name);
-    if (name.isEmpty() || !m_sendFile.open(QIODevice::ReadOnly)) {
-        const QString reason = name.isEmpty()
-                                   ? tr("no send file is chosen")
-                                   : QStringLiteral("%1 (%2)").arg(name, m_sendFile.errorString());
+    m_sendThrottle.restart();
+    if (run.fileName.isEmpty() || !m_sender->open(run)) {
+        const QString reason =
+            run.fileName.isEmpty()
+                ? tr("no send file is chosen")
+                : QStringLiteral("%1 (%2)").arg(run.fileName, m_sender->errorString());
         failSend(QStringLiteral("%1: %2").arg(tr("Send file cannot open"), reason), TTE_SEND_ERROR);
         setSendStatus(TS_STOP);
         return false;
     }
-    emit sendReported(tr("Sending %1").arg(name), false);
-    m_sendFileSize = m_sendFile.size();
-    m_sendHexFile = option->useHexFile();
-    m_sendLayout = option->layout();
-    return true;
-}
-
-// The file is read and queued to the socket 1024 bytes at a time; the queued bytes are handed to
-// the system a batch at a time, and between batches the event loop gets a turn so that what is
-// queued for the worker (a stop, the other direction's reads, socket events) is served although
-// the loop runs inside a slot. A chunk is counted as sent once its batch has been handed over.
-void TCPThread::runSendLoop()
-{
-    qint64 batchFileBytes = 0; // file bytes queued in the socket and not yet handed over
-    for (;;) {
-        const THREAD_STATUS status = sendStatus();
-        if (status == TS_STOPPING) {
-            handOverBatch(&batchFileBytes);
-            break;
-        }
-        if (status != TS_RUN)
-            return;
-        const qint64 fileBytes = m_sendFile.read(m_fileChunk.data(), kChunkBytes);
-        if (fileBytes <= 0) {
-            if (handOverBatch(&batchFileBytes))
-                finishSendFile();
-            break;
-        }
-        const QByteArrayView payload = toPayload(fileBytes);
-        if (AppModel::currentSendOption() && AppModel::currentSendOption()->showData() &&
-            m_displayedSize < kSendDisplayLimitBytes)
-            showSentChunk(fileBytes, payload, m_sentSize + batchFileBytes);
-        if (!queueToSocket(payload))
-            break;
-        batchFileBytes += fileBytes;
-        if (m_queuedBytes >= kSendBatchBytes) {
-            if (!handOverBatch(&batchFileBytes))
-                break;
-            emitSendProgress(false);
-            giveEventLoopATurn();
-        }
-    }
-    emitSendProgress(true);
-    closeAfterSending();
-}
-
-void TCPThread::giveEventLoopATurn()
-{
-    QCoreApplication::processEvents(QEventLoop::AllEvents);
-}
-
-QByteArrayView TCPThread::toPayload(qint64 fileBytes)
-{
-    if (!m_sendHexFile)
-        return QByteArrayView(m_fileChunk.constData(), fileBytes);
-    m_hexPayload.resize(0);
-    m_hexDecoder.decode(m_fileChunk.constData(), fileBytes, &m_hexPayload);
-    return QByteArrayView(m_hexPayload);
-}
-
-void TCPThread::showSentChunk(qint64 fileBytes, QByteArrayView payload, qint64 bytesFrom)
-{
-    const qint64 budget = kSendDisplayLimitBytes - m_displayedSize;
-    QByteArray text;
-    qint64 covered = 0;
-    if (m_sendHexFile) {
-        covered = std::min(fileBytes, budget);
-        text = QByteArray(m_fileChunk.constData(), covered);
-    } else {
-        covered = std::min<qint64>(payload.size(), budget);
-        qint64 position = m_displayedSize;
-        m_sendLayout.render(payload.data(), covered, &position,
-                            QByteArrayView(TCPOutputOption::kSendLineEnd), &text);
-    }
-    m_displayedSize += covered;
-    if (!text.isEmpty())
-        emit sendStringAdded(QString::fromUtf8(text), true, bytesFrom, covered);
-}
-
-bool TCPThread::queueToSocket(QByteArrayView payload)
-{
-    QMutexLocker lock(&m_mutex);
-    if (!m_socket)
-        return false;
-    qint64 written = 0;
-    while (written < payload.size()) {
-        const qint64 accepted = m_socket->write(payload.data() + written, payload.size() - written);
-        if (accepted <= 0)
-            return false; // the connection is gone; its error has been reported
-        written += accepted;
-    }
-    m_queuedBytes += written;
-    return true;
-}
-
-// Waits until the system has taken every queued byte, in short slices so that a stop ends the
-// wait at once; a wait that sees no progress for the write time-out ends the run.
-bool TCPThread::handOverBatch(qint64 *batchFileBytes)
-{
-    QTcpSocket *socket = nullptr;
-    {
-        QMutexLocker lock(&m_mutex);
-        socket = m_socket;
-    }
-    if (socket) {
-        socket->flush();
-        QElapsedTimer sinceProgress;
-        sinceProgress.start();
-        qint64 pending = socket->bytesToWrite();
-        while (pending > 0) {
-            if (sendStatus() != TS_RUN)
-                return false;
-            if (socket->state() != QAbstractSocket::ConnectedState)
-                return false; // the connection is gone; its error has been reported
-            if (sinceProgress.elapsed() >= m_writeTimeoutMs) {
-                failSend(tr("TCP write is timeout"), TTE_SEND_ERROR);
-                return false;
-            }
-            socket->waitForBytesWritten(kStopPollMs);
-            if (socket->bytesToWrite() < pending)
-                sinceProgress.restart();
-            pending = socket->bytesToWrite();
-        }
-    }
-    m_queuedBytes = 0;
-    m_sentSize += *batchFileBytes;
-    *batchFileBytes = 0;
+    emit sendReported(tr("Sending %1").arg(run.fileName), false);
     return true;
 }
 
 void TCPThread::finishSendFile()
 {
-    if (m_sentSize != m_sendFileSize)
+    if (m_sender->sentBytes() != m_sender->fileSize())
         failSend(tr("File size does not match the send size."), TTE_SEND_ERROR);
     emitSendProgress(true);
     emit writeFinished();
+    closeAfterSending();
 }
 
 void TCPThread::closeAfterSending()
@@ -520,23 +366,19 @@ void TCPThread::closeAfterSending()
     }
     LOG_INFO_MSG("flush socket");
     m_socket->flush();
-    m_closeDeadline = nowMsec() + m_closeReserveMs;
+    m_closeDeadline.setRemainingTime(m_closeReserveMs);
     reserveCloseSocket(m_closeReserveMs);
 }
 
 void TCPThread::emitSendProgress(bool force)
 {
-    const qint64 elapsedMs = m_elapsedTimer.elapsed();
-    if (!force && m_lastSendProgressMs >= 0 &&
-        elapsedMs - m_lastSendProgressMs < kProgressIntervalMs)
-        return;
-    if (force && m_reportedSentSize == m_sentSize)
-        return;
-    m_lastSendProgressMs = elapsedMs;
-    m_reportedSentSize = m_sentSize;
-    emit sendProgress(m_sentSize, m_sendFileSize, elapsedMs);
+    const qint64 sent = m_sender->sentBytes();
+    if (m_sendThrottle.take(sent, force))
+        emit sendProgress(sent, m_sender->fileSize(), m_sendThrottle.elapsedMs());
 }
 
+// The status changes at once, on the caller's thread, so that the caller sees the stop taken; the
+// close follows on the worker thread.
 void TCPThread::stopSending()
 {
     LOG_INFO_MSG("stop sending");
@@ -547,37 +389,45 @@ void TCPThread::stopSending()
     }
     m_sendStopped = true;
     setSendStatus(TS_STOPPING);
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            emitSendProgress(true);
+            closeAfterSending();
+        },
+        Qt::QueuedConnection);
 }
 
 // ---- Receiving ----
 
-void TCPThread::beginRecvThread()
+void TCPThread::beginRecvThread(const TransferRun &run)
 {
     if (!onWorkerThread()) {
-        QMetaObject::invokeMethod(this, "beginRecvThread", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, run] { beginRecvThread(run); }, Qt::QueuedConnection);
         return;
     }
     LOG_INFO_MSG("begin recv thread");
-    if (!AppModel::currentRecvOption() || AppModel::currentRecvOption()->bytesPerLine() == 0) {
+    if (run.layout.bytesPerLine() == 0) {
         reportError(tr("Format must include at least one number"));
         return;
     }
-    if (!prepareRecvRun())
+    if (!prepareRecvRun(run))
         return;
-    if (!connectToDevice()) {
+    if (!connectToDevice(run)) {
         setRecvStatus(TS_STOP);
         return;
     }
     QMutexLocker lock(&m_mutex);
-    connect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::reserveRecvData,
+    connect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::readAvailable,
             Qt::UniqueConnection);
     setRecvStatus(TS_RUN);
     // Bytes that arrived while only sending are waiting already.
     if (m_socket->bytesAvailable() > 0)
-        reserveRecvData();
+        QMetaObject::invokeMethod(this, &TCPThread::readAvailable, Qt::QueuedConnection);
 }
 
-bool TCPThread::prepareRecvRun()
+bool TCPThread::prepareRecvRun(const TransferRun &run)
 {
     QMutexLocker lock(&m_mutex);
     if (m_recvStatus != TS_STOP) {
@@ -585,29 +435,21 @@ bool TCPThread::prepareRecvRun()
         return false;
     }
     setRecvStatus(TS_STARTING);
+    m_recvRun = run;
+    m_displayMode = run.displayMode;
     m_recvSize = 0;
-    m_recvText.clear();
-    m_recvTextStart = 0;
-    m_skippedBytes = 0;
+    m_tail.clear();
     m_recvTextSignalled = false;
-    m_savedBytes = 0;
-    m_recvFileError.clear();
-    m_recvBlock.resize(0);
-    m_recvBlock.reserve(kRecvFileBlockBytes + 4 * kChunkBytes);
-    m_lastRecvWriteMsec = 0;
-    m_reportedRecvSize = -1;
-    m_recvProgressTimer.start();
-    const QString name = AppModel::currentRecvOption()->fileName();
-    m_recvFile.setFileName(name);
-    if (name.isEmpty()) {
+    m_recvThrottle.restart();
+    m_readBuffer.resize(kReadBytes);
+    if (run.fileName.isEmpty()) {
         emit recvReported(tr("Nothing is being saved: Save To is empty."), false);
         return true; // receive for display only
     }
-    emit recvReported(tr("Saving to %1").arg(name), false);
-    // Unbuffered: the bytes are gathered into large blocks here, not in 16 KiB pieces by QFile.
-    if (!m_recvFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+    emit recvReported(tr("Saving to %1").arg(run.fileName), false);
+    if (!m_recorder.open(run.fileName, run.hexFile, run.layout)) {
         failRecv(QStringLiteral("%1: %2 (%3)")
-                     .arg(tr("Receive file cannot open"), name, m_recvFile.errorString()),
+                     .arg(tr("Receive file cannot open"), run.fileName, m_recorder.errorString()),
                  TTE_RECV_ERROR);
         setRecvStatus(TS_STOP);
         return false;
@@ -615,197 +457,85 @@ bool TCPThread::prepareRecvRun()
     return true;
 }
 
-void TCPThread::reserveRecvData()
-{
-    QMutexLocker lock(&m_mutex);
-    if (m_recvDataReserved)
-        return;
-    m_recvDataReserved = true;
-    QMetaObject::invokeMethod(this, "recvData", Qt::QueuedConnection);
-}
-
-void TCPThread::recvData()
-{
-    QMutexLocker lock(&m_mutex);
-    m_recvDataReserved = false;
-    if (m_recvStatus != TS_RUN || !m_socket)
-        return;
-    const TCPOutputOption *option = AppModel::currentRecvOption();
-    const HexLayout layout = option ? option->layout() : HexLayout();
-    if (layout.bytesPerLine() == 0) {
-        LOG_ERROR("Format must include at least one number");
-        return;
-    }
-    readAvailable(layout, false);
-}
-
 // One pass over the bytes the socket holds. Every byte goes to the file at once; the display
 // keeps only the newest bytes, so a slow display never holds the device back. A failed write to
 // the file ends the receive.
-void TCPThread::readAvailable(const HexLayout &layout, bool draining)
+void TCPThread::readAvailable()
 {
-    TCPOutputOption *option = AppModel::currentRecvOption();
-    const bool display = option && option->displayMode() != TCPOutputOption::kDisplayOff;
-    const bool hexFile = option && option->useHexFile();
-    const bool toFile = m_recvFile.isOpen();
-    const qint64 sizeBefore = m_recvSize;
-    while (m_socket && m_socket->bytesAvailable() > 0) {
-        const qint64 available = m_socket->bytesAvailable();
-        const char *chunk = nullptr;
-        const qint64 received = readChunk(kChunkBytes, toFile && !hexFile, &chunk);
+    QMutexLocker lock(&m_mutex);
+    if (m_recvStatus != TS_RUN || !m_socket)
+        return;
+    const bool display = m_displayMode != TCPOutputOption::kDisplayOff;
+    const bool raw = m_recorder.isRaw();
+    for (qint64 available = m_socket->bytesAvailable(); available > 0;
+         available = m_socket->bytesAvailable()) {
+        const qsizetype want = qsizetype(std::min<qint64>(available, kReadBytes));
+        char *chunk = raw ? m_recorder.space(want) : m_readBuffer.data();
+        const qint64 received = m_socket->read(chunk, want);
         if (received <= 0) {
             LOG_ERROR("Invalid received data.");
             break;
         }
-        const qint64 position = m_recvSize;
+        if (display)
+            m_tail.keep(chunk, received, m_recvSize);
         m_recvSize += received;
-        // Bytes followed by more than the display keeps would be pushed out at once.
-        if (display && available - received < kRecvTextLimitBytes)
-            keepForDisplay(chunk, received, position);
-        if (toFile && !storeRecvChunk(chunk, received, hexFile ? &layout : nullptr, position)) {
+        const bool stored = !m_recorder.isOpen() ? true
+                            : raw                ? m_recorder.commit(received)
+                                                 : m_recorder.add(chunk, received);
+        if (!stored) {
             stopOnRecvFileFailure();
             return;
         }
     }
-    if (toFile && m_recvSize != sizeBefore)
-        m_lastRecvWriteMsec = nowMsec();
-    if (!m_recvText.isEmpty() && !m_recvTextSignalled) {
+    if (!m_tail.isEmpty() && !m_recvTextSignalled) {
         m_recvTextSignalled = true;
         emit recvStringAdded();
     }
-    emitRecvProgress(draining);
+    emitRecvProgress(false);
 }
 
-// The display buffer holds one unbroken run of the newest bytes; whatever falls out of it or
-// never reaches it is counted as skipped.
-void TCPThread::keepForDisplay(const char *chunk, qsizetype size, qint64 position)
+QString TCPThread::recordFailure() const
 {
-    const qint64 bufferEnd = m_recvTextStart + m_recvText.size();
-    if (position != bufferEnd) {
-        m_skippedBytes += m_recvText.size() + (position - bufferEnd);
-        m_recvText.resize(0);
-        m_recvTextStart = position;
-    }
-    m_recvText.append(chunk, size);
-    const qsizetype excess = m_recvText.size() - kRecvTextLimitBytes;
-    if (excess > 0) {
-        m_recvText.remove(0, excess);
-        m_recvTextStart += excess;
-        m_skippedBytes += excess;
-    }
-}
-
-// Reads up to `want` bytes. Raw bytes bound for the file are read straight into the file block,
-// which saves copying them once more.
-qint64 TCPThread::readChunk(qsizetype want, bool intoBlock, const char **chunk)
-{
-    if (!intoBlock) {
-        *chunk = m_recvChunk.constData();
-        return m_socket->read(m_recvChunk.data(), want);
-    }
-    const qsizetype at = m_recvBlock.size();
-    m_recvBlock.resize(at + want);
-    const qint64 received = m_socket->read(m_recvBlock.data() + at, want);
-    m_recvBlock.resize(at + std::max<qint64>(received, 0));
-    *chunk = m_recvBlock.constData() + at;
-    return received;
-}
-
-// The file block is written out when full, on each flush tick and when the run ends; hex text is
-// rendered into it here, raw bytes are there already.
-bool TCPThread::storeRecvChunk(const char *chunk, qsizetype size, const HexLayout *hexLayout,
-                               qint64 position)
-{
-    if (hexLayout)
-        hexLayout->render(chunk, size, &position, QByteArrayView(TCPOutputOption::kRecvLineEnd),
-                          &m_recvBlock);
-    return m_recvBlock.size() < kRecvFileBlockBytes || writeRecvBlock();
-}
-
-// Writes the gathered block out. A write the system cuts short is continued, so that a failure
-// always comes with the system's reason; what was written stays in the file as it is.
-bool TCPThread::writeRecvBlock()
-{
-    if (m_recvBlock.isEmpty() || !m_recvFile.isOpen())
-        return true;
-    qsizetype done = 0;
-    while (done < m_recvBlock.size()) {
-        const qint64 written =
-            m_recvFile.write(m_recvBlock.constData() + done, m_recvBlock.size() - done);
-        if (written <= 0)
-            break;
-        done += written;
-        m_savedBytes += written;
-    }
-    const bool complete = done == m_recvBlock.size();
-    if (!complete) {
-        m_recvFileError = QStringLiteral("%1: %2 (%3). %4")
-                              .arg(tr("Receive file cannot be written"), m_recvFile.fileName(),
-                                   m_recvFile.errorString(), savedText());
-        LOG_ERROR(QStringLiteral("recv file write failed: %1").arg(m_recvFile.errorString()));
-    }
-    m_recvBlock.resize(0);
-    return complete;
+    LOG_ERROR(QStringLiteral("recv file write failed: %1").arg(m_recorder.errorString()));
+    return QStringLiteral("%1: %2 (%3). %4")
+        .arg(tr("Receive file cannot be written"), m_recvRun.fileName, m_recorder.errorString(),
+             savedText());
 }
 
 void TCPThread::stopOnRecvFileFailure()
 {
-    m_recvFile.close();
+    const QString reason = recordFailure();
+    m_recorder.close();
     emitRecvProgress(true);
-    failRecv(m_recvFileError, TTE_RECV_ERROR);
+    failRecv(reason, TTE_RECV_ERROR);
     setRecvStatus(TS_STOP);
     reserveCloseSocket(0);
 }
 
-// A figure held back by the spacing is sent by the progress timer, so the last one always shows.
+// A figure held back by the throttle is sent by the progress timer, so the last one always shows.
 void TCPThread::emitRecvProgress(bool force)
 {
-    if (m_recvSize == m_reportedRecvSize)
-        return;
-    if (!force && m_reportedRecvSize >= 0 && m_recvProgressTimer.elapsed() < kProgressIntervalMs) {
-        if (!m_recvProgressDue->isActive())
-            m_recvProgressDue->start();
-        return;
+    if (m_recvThrottle.take(m_recvSize, force)) {
+        m_recvProgressDue->stop();
+        emit recvProgress(m_recvSize);
+    } else if (m_recvThrottle.isHeldBack(m_recvSize) && !m_recvProgressDue->isActive()) {
+        m_recvProgressDue->start();
     }
-    m_recvProgressDue->stop();
-    m_recvProgressTimer.restart();
-    m_reportedRecvSize = m_recvSize;
-    emit recvProgress(m_recvSize);
 }
 
 QByteArray TCPThread::takeRecvData(qint64 maxSize)
 {
     QMutexLocker lock(&m_mutex);
-    const TCPOutputOption *option = AppModel::currentRecvOption();
-    const int mode = option ? option->displayMode() : TCPOutputOption::kDisplayOff;
+    const bool hex = m_displayMode == TCPOutputOption::kDisplayHex;
     const QByteArrayView lineEnd(TCPOutputOption::kRecvLineEnd);
-    const qsizetype limit = maxSize < 0 ? std::numeric_limits<qsizetype>::max() : maxSize;
-    QByteArray result;
-    if (m_skippedBytes > 0) {
-        const QByteArray mark =
-            mode == TCPOutputOption::kDisplayHex ? lineEnd.toByteArray() : QByteArray(1, '\n');
-        const QByteArray text = mark + tr("[%1 bytes skipped]").arg(m_skippedBytes).toUtf8() + mark;
-        if (text.size() > limit)
-            return result;
-        result = text;
-        m_skippedBytes = 0;
+    QByteArray mark;
+    if (m_tail.skipped() > 0) {
+        const QByteArray around = hex ? lineEnd.toByteArray() : QByteArray(1, '\n');
+        mark = around + tr("[%1 bytes skipped]").arg(m_tail.skipped()).toUtf8() + around;
     }
-    const qsizetype room = limit - result.size();
-    qsizetype bytes = std::min<qsizetype>(m_recvText.size(), room);
-    if (mode == TCPOutputOption::kDisplayHex) {
-        const HexLayout layout = option->layout();
-        bytes = layout.bytesFitting(m_recvTextStart, m_recvText.size(), room, lineEnd.size());
-        // A format whose text for one byte is longer than the whole buffer still shows something.
-        if (bytes == 0 && result.isEmpty() && room >= kRecvTextLimitBytes)
-            bytes = std::min<qsizetype>(1, m_recvText.size());
-        qint64 position = m_recvTextStart;
-        layout.render(m_recvText.constData(), bytes, &position, lineEnd, &result);
-    } else {
-        result.append(m_recvText.constData(), bytes);
-    }
-    m_recvText.remove(0, bytes);
-    m_recvTextStart += bytes;
-    if (m_recvText.isEmpty())
+    const QByteArray result =
+        m_tail.take(maxSize, hex ? m_recvRun.layout : HexLayout(), lineEnd, mark);
+    if (m_tail.isEmpty())
         m_recvTextSignalled = false;
     return result;
 }
@@ -813,7 +543,7 @@ QByteArray TCPThread::takeRecvData(qint64 maxSize)
 void TCPThread::stopReceiving()
 {
     if (!onWorkerThread()) {
-        QMetaObject::invokeMethod(this, "stopReceiving", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &TCPThread::stopReceiving, Qt::QueuedConnection);
         return;
     }
     LOG_INFO_MSG("stop receiving");
@@ -829,20 +559,11 @@ void TCPThread::stopReceiving()
     closeSocket();
 }
 
-// Runs every second while receiving. Gathered bytes are written out on every tick, so the file
-// never lags more than a second behind; the file itself is flushed once after each pause.
-void TCPThread::onRecvFileFlushTimeout()
+// Runs every second while receiving: gathered bytes are written out on every tick, so the file
+// never lags more than a second behind.
+void TCPThread::onFlushTimeout()
 {
     QMutexLocker lock(&m_mutex);
-    if (!writeRecvBlock()) {
+    if (!m_recorder.writeOut())
         stopOnRecvFileFailure();
-        return;
-    }
-    if (m_lastRecvWriteMsec < 1 || nowMsec() - m_lastRecvWriteMsec <= kFlushIntervalMs)
-        return;
-    if (m_recvFile.isOpen()) {
-        LOG_INFO_MSG("flush recv file");
-        m_recvFile.flush();
-    }
-    m_lastRecvWriteMsec = 0;
 }

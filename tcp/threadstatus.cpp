@@ -2,7 +2,6 @@
 
 namespace {
 
-// The error enum shares the status enum's unknown text on purpose.
 const char kUnknownStatusText[] = "<UNKNOWN THREAD STATUS>";
 
 } // namespace
@@ -18,20 +17,6 @@ QString threadStatusText(int status)
         return QStringLiteral("TS_RUN");
     case TS_STOPPING:
         return QStringLiteral("TS_STOPPING");
-    default:
-        return QLatin1String(kUnknownStatusText);
-    }
-}
-
-QString tcpThreadErrorText(int error)
-{
-    switch (error) {
-    case TTE_CONNECT_ERROR:
-        return QStringLiteral("TTE_CONNECT_ERROR");
-    case TTE_SEND_ERROR:
-        return QStringLiteral("TTE_SEND_ERROR");
-    case TTE_RECV_ERROR:
-        return QStringLiteral("TTE_RECV_ERROR");
     default:
         return QLatin1String(kUnknownStatusText);
     }

@@ -21,9 +21,8 @@ enum TCPTHREAD_ERROR {
 Q_DECLARE_METATYPE(THREAD_STATUS)
 Q_DECLARE_METATYPE(TCPTHREAD_ERROR)
 
-// Text forms used in log lines and warnings.
+// Text form used in log lines and warnings.
 [[nodiscard]] QString threadStatusText(int status);
-[[nodiscard]] QString tcpThreadErrorText(int error);
 
 // Registers both enums as "THREAD_STATUS" and "TCPTHREAD_ERROR"; safe to call more than once.
 void registerThreadMetaTypes();

@@ -31,8 +31,8 @@ void TransferFigureFields::show(qint64 bytes, qint64 elapsedMs) const
     rateUnit->setText(rateFigure.unit);
 }
 
-bool TransferFigureFields::showRunReport(QLabel *fileLabel, QLabel *errorLabel,
-                                         const QString &text, bool error)
+bool TransferFigureFields::showRunReport(QLabel *fileLabel, QLabel *errorLabel, const QString &text,
+                                         bool error)
 {
     if (error) {
         errorLabel->setText(text);

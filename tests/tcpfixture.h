@@ -77,6 +77,13 @@ public:
         QFile::remove(log());
     }
 
+    // A run of the model's option against the current target, as the dialogs start one.
+    TransferRun run(bool receiving) const
+    {
+        const MavixSetting target = MavixSetting::current();
+        return TransferRun::of(receiving ? *model->recvOption() : *model->sendOption(),
+                               target.ipAddress, target.tcpDataPort);
+    }
     QString file(const QString &name, const QByteArray &bytes)
     {
         QFile file(dir.filePath(name));

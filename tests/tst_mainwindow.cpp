@@ -116,7 +116,8 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
         build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
         AppModel::currentSendOption()->setFileName(file.fileName());
-        m_context->worker()->beginSendThread();
+        m_context->worker()->beginSendThread(
+            TransferRun::of(*AppModel::currentSendOption(), "127.0.0.1", port.port()));
         QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
         QElapsedTimer closing;
         closing.start();

@@ -69,7 +69,7 @@ private slots:
                 [text = &shown, bytes = &shownBytes](const QString &piece, bool, qint64, qint64 n) {
                     *text += piece, *bytes += n;
                 });
-        m_rig.worker->beginSendThread();
+        m_rig.worker->beginSendThread(m_rig.run(false));
         QVERIFY(waitForStop('s'));
         QCOMPARE(m_events, "s1 s2 w s3 s0 ");
         QCOMPARE(m_lastSent, file.size()); // counted in file bytes
@@ -90,7 +90,7 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
         m_rig.model->setSendFileName(file.fileName());
         m_rig.port->setStuck(true);
-        m_rig.worker->beginSendThread();
+        m_rig.worker->beginSendThread(m_rig.run(false));
         QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("s2 "), kTransferTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(m_events.contains("e1"), kTransferTimeoutMs);
         QVERIFY(timer.elapsed() >= 300 && timer.elapsed() < 5000);
@@ -133,13 +133,13 @@ private slots:
         } else if (peer == "echo") {
             m_rig.model->setSendFileName(m_rig.file("hello.txt", "hello"));
             m_rig.worker->setCloseReserveMs(1000); // the real reservation keeps the socket open
-            m_rig.worker->beginSendThread();
+            m_rig.worker->beginSendThread(m_rig.run(false));
             QTRY_VERIFY(m_events.contains("w "));
             QTest::qWait(200); // the echo reaches the socket unannounced
         }
         QElapsedTimer timer;
         timer.start();
-        m_rig.worker->beginRecvThread();
+        m_rig.worker->beginRecvThread(m_rig.run(true));
         if (result.isEmpty()) {
             QTRY_COMPARE(readFile(path).size(), size); // written out within a second
             m_rig.worker->stopReceiving();
@@ -177,7 +177,7 @@ private slots:
         const QString path = m_rig.dir.filePath("full.bin");
         m_rig.model->setRecvFileName(path);
         m_rig.port->setMode(SimDataPort::Mode::Source);
-        m_rig.worker->beginRecvThread(); // an endless stream
+        m_rig.worker->beginRecvThread(m_rig.run(true)); // an endless stream
         QVERIFY(waitForStop('r'));
         const QString reason =
             QStringLiteral("Receive file cannot be written: %1 (File too large). "

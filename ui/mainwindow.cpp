@@ -35,8 +35,6 @@
 
 namespace {
 
-MainWindow *g_currentWindow = nullptr;
-
 constexpr char kAnimationKeys[] = "Ctrl+Shift+A+N+I";
 
 // The buttons that start a register access; disabled while one waits.
@@ -85,7 +83,6 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
     : QMainWindow(parent), m_ui(new Ui::MainWindow), m_expert(expert), m_serverMode(serverMode),
       m_uiPort(uiPort)
 {
-    g_currentWindow = this;
     if (!noTranslation)
         loadTranslation();
 
@@ -120,14 +117,7 @@ MainWindow::~MainWindow()
 {
     if (reportTarget() == this)
         setReportTarget(nullptr);
-    if (g_currentWindow == this)
-        g_currentWindow = nullptr;
     delete m_ui;
-}
-
-MainWindow *MainWindow::current()
-{
-    return g_currentWindow;
 }
 
 GeneralTab *MainWindow::generalTab() const
@@ -175,9 +165,6 @@ void MainWindow::loadTranslation()
 
 void MainWindow::initTabs(const QString &presetTarget)
 {
-    qRegisterMetaType<QAbstractSocket::SocketError>();
-    qRegisterMetaType<MavixSetting>("MavixSetting");
-
     m_agent = new WrenAgent(this);
     connect(m_agent->gate(), &AccessGate::busyChanged, this, &MainWindow::showBusy);
     generalTab()->setAgent(m_agent);

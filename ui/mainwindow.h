@@ -30,8 +30,6 @@ public:
                QWidget *parent = nullptr, const QString &presetTarget = QString());
     ~MainWindow() override;
 
-    static MainWindow *current();
-
     // Tabs, for the parts of the program and the tests that drive them
     [[nodiscard]] GeneralTab *generalTab() const;
     [[nodiscard]] UDPTab *udpTab() const;

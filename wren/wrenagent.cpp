@@ -4,13 +4,22 @@
 #include "app/log.h"
 #include "wren/wrenpacket.h"
 
-#include <QElapsedTimer>
-#include <QNetworkDatagram>
+#include <QDeadlineTimer>
 #include <QPointer>
 #include <QUdpSocket>
 
+#include <algorithm>
+#include <poll.h>
+
 namespace {
 constexpr quint32 kCommandKindRegister = 1;
+// Larger than any reply (header and 255 data bytes); a longer datagram is cut here, which changes
+// none of the checks.
+constexpr qint64 kMaxDatagramBytes = 2048;
+// A device on the local network answers within microseconds: a wait this short on the socket alone
+// catches most replies without a round of the event loop, and is far too short for the window to
+// notice.
+constexpr long kQuickWaitNs = 1000 * 1000;
 
 // An IPv4 sender as the user knows it, not in the IPv4-mapped form of a dual-stack socket.
 QString plainAddress(const QHostAddress &address)
@@ -54,12 +63,10 @@ QByteArray WrenAgent::write(quint32 address, const QByteArray &data, int timeout
     refuseNestedAccess();
     AccessGate::Hold hold(m_gate);
     const quint8 id = takePacketId();
-    const WrenHeader header(qint8(WrenHeader::kVerType), kCommandKindRegister, 0, 0, 0, id,
-                            quint8(data.size()), address);
+    const WrenHeader header(kCommandKindRegister, 0, 0, 0, id, quint8(data.size()), address);
     const WrenPacket request(header, data, remote);
-    send(request, tr("WREN send, fail to send write command packet"));
-    // A plain write time-out is left to the caller to report.
-    return awaitReply(request, timeoutMs, QString());
+    send(request);
+    return awaitReply(request, timeoutMs);
 }
 
 QByteArray WrenAgent::read(quint32 address, quint8 length, int timeoutMs, bool remote)
@@ -67,13 +74,10 @@ QByteArray WrenAgent::read(quint32 address, quint8 length, int timeoutMs, bool r
     refuseNestedAccess();
     AccessGate::Hold hold(m_gate);
     const quint8 id = takePacketId();
-    const WrenHeader header(qint8(WrenHeader::kVerType), kCommandKindRegister, 1, 0, 0, id, length,
-                            address);
+    const WrenHeader header(kCommandKindRegister, 1, 0, 0, id, length, address);
     const WrenPacket request(header, remote);
-    if (m_socket)
-        m_socket->flush();
-    send(request, tr("WREN send, fail to send read command packet"));
-    return awaitReply(request, timeoutMs, tr("WREN send, response to read command is timeout"));
+    send(request);
+    return awaitReply(request, timeoutMs);
 }
 
 quint8 WrenAgent::takePacketId()
@@ -92,69 +96,88 @@ void WrenAgent::refuseNestedAccess()
     throw WrenError{WrenError::Timeout, reason};
 }
 
-void WrenAgent::send(const WrenPacket &request, const QString &failureLog)
+void WrenAgent::send(const WrenPacket &request)
 {
     // Without a target there is no socket: the access fails like an unsent datagram.
     if (m_socket &&
         m_socket->writeDatagram(request.toByteArray(), m_targetAddress, m_targetPort) != -1)
         return;
-    LOG_ERROR(failureLog);
+    LOG_ERROR(request.header().isRead() ? tr("WREN send, fail to send read command packet")
+                                        : tr("WREN send, fail to send write command packet"));
     const QString why = m_socket ? m_socket->errorString() : tr("no target UDP port is set");
     throw WrenError{WrenError::Timeout, tr("The request could not be sent: %1").arg(why), true};
 }
 
-QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs,
-                                 const QString &timeoutLog)
+QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
 {
     const QPointer<QUdpSocket> socket = m_socket;
     const auto pending = [&socket] { return socket && socket->hasPendingDatagrams(); };
     QStringList discarded;
-    QElapsedTimer clock;
-    clock.start();
+    const QDeadlineTimer deadline(std::max(timeoutMs, 0), Qt::PreciseTimer);
+    bool readable = replyArrivesSoon();
     for (;;) {
-        while (pending()) {
-            const QNetworkDatagram datagram = socket->receiveDatagram();
-            if (!datagram.isValid())
+        while (readable || pending()) {
+            readable = false;
+            QByteArray bytes(kMaxDatagramBytes, Qt::Uninitialized);
+            QHostAddress sender;
+            quint16 senderPort = 0;
+            const qint64 size =
+                socket->readDatagram(bytes.data(), bytes.size(), &sender, &senderPort);
+            if (size < 0)
                 break;
-            const QString why = mismatch(datagram, request);
+            bytes.truncate(size);
+            const QString why = mismatch(sender, senderPort, bytes, request);
             if (why.isEmpty())
-                return checkReply(request, WrenPacket(datagram.data(), false));
+                return checkReply(request, WrenPacket(std::move(bytes), false));
             LOG_ERROR(why);
             discarded << why;
         }
-        const qint64 leftMs = timeoutMs - clock.elapsed();
+        const qint64 leftMs = deadline.remainingTime();
         if (!socket || leftMs <= 0)
             break;
         const AccessGate::WaitResult result =
             m_gate->waitFor(socket.data(), &QUdpSocket::readyRead, int(leftMs), pending);
-        if (result == AccessGate::WaitResult::Aborted) {
-            if (!timeoutLog.isEmpty())
-                LOG_ERROR(timeoutLog);
-            throw WrenError{WrenError::Timeout, tr("The wait for the reply was given up")};
-        }
+        if (result == AccessGate::WaitResult::Aborted)
+            failTimeout(request, tr("The wait for the reply was given up"));
     }
-    if (!timeoutLog.isEmpty())
-        LOG_ERROR(timeoutLog);
     const qsizetype count = discarded.size();
     discarded.removeDuplicates();
     const QString reason = count == 0 ? QString()
                                       : tr("%n datagram(s) discarded: %1", nullptr, int(count))
                                             .arg(discarded.join(QStringLiteral("; ")));
+    failTimeout(request, reason);
+}
+
+bool WrenAgent::replyArrivesSoon() const
+{
+    if (!m_socket || m_socket->socketDescriptor() < 0)
+        return false;
+    pollfd watched{int(m_socket->socketDescriptor()), POLLIN, 0};
+    const timespec wait{0, kQuickWaitNs};
+    return ::ppoll(&watched, 1, &wait, nullptr) == 1 && (watched.revents & POLLIN);
+}
+
+// A plain write time-out is left to the caller to report.
+void WrenAgent::failTimeout(const WrenPacket &request, const QString &reason)
+{
+    if (request.header().isRead())
+        LOG_ERROR(tr("WREN send, response to read command is timeout"));
     throw WrenError{WrenError::Timeout, reason};
 }
 
 // A datagram belongs to the request when it comes from the target and echoes the request's
 // packet ID, R/W bit and address; anything else is late, duplicated or foreign.
-QString WrenAgent::mismatch(const QNetworkDatagram &datagram, const WrenPacket &request) const
+QString WrenAgent::mismatch(const QHostAddress &sender, quint16 senderPort, const QByteArray &bytes,
+                            const WrenPacket &request) const
 {
-    if (!datagram.senderAddress().isEqual(m_targetAddress, QHostAddress::ConvertV4MappedToIPv4) ||
-        datagram.senderPort() != int(m_targetPort))
+    if (!sender.isEqual(m_targetAddress, QHostAddress::ConvertV4MappedToIPv4) ||
+        senderPort != m_targetPort)
         return tr("WREN Recv, datagram from %1 port %2 is not from the target")
-            .arg(plainAddress(datagram.senderAddress()))
-            .arg(datagram.senderPort());
-    if (datagram.data().size() < WrenHeader::headerSize())
+            .arg(plainAddress(sender))
+            .arg(senderPort);
+    if (bytes.size() < WrenHeader::headerSize())
         return tr("WREN Recv, datagram too short for a header");
-    const WrenHeader reply(datagram.data());
+    const WrenHeader reply(bytes);
     const WrenHeader &sent = request.header();
     if (reply.packetId() != sent.packetId())
         return tr("WREN Recv, packet ID does not match");
@@ -170,7 +193,7 @@ QByteArray WrenAgent::checkReply(const WrenPacket &request, const WrenPacket &re
     const WrenHeader &header = reply.header();
     if (header.length() > reply.data().size()) {
         LOG_ERROR(tr("WREN Recv, lack of data packet"));
-        fail(reply, WrenError::ShortReply, {tr("WREN Recv, lack of data packet")});
+        fail(WrenError::ShortReply, {tr("WREN Recv, lack of data packet")});
     }
     QStringList bad;
     if (header.length() != request.header().length())
@@ -182,20 +205,15 @@ QByteArray WrenAgent::checkReply(const WrenPacket &request, const WrenPacket &re
     for (const QString &line : std::as_const(bad))
         LOG_ERROR(line);
     if (!bad.isEmpty())
-        fail(reply, WrenError::BadReply, bad);
+        fail(WrenError::BadReply, bad);
     if (header.isBusError()) {
         LOG_ERROR(tr("WREN Recv, Bus Error occured"));
-        fail(reply, WrenError::BusError, {tr("WREN Recv, Bus Error occured")});
+        fail(WrenError::BusError, {tr("WREN Recv, Bus Error occured")});
     }
     return reply.data();
 }
 
-void WrenAgent::fail(const WrenPacket &reply, quint32 code, const QStringList &reasons)
+void WrenAgent::fail(quint32 code, const QStringList &reasons)
 {
-    // The signal follows the reply's R/W bit, which matches the request's by now.
-    if (reply.header().isRead())
-        emit readErrorOccured(reply.header().packetId());
-    else
-        emit writeErrorOccured(reply.header().packetId());
     throw WrenError{code, reasons.join(QStringLiteral("; "))};
 }

@@ -11,7 +11,6 @@
 #include <QStringList>
 
 class AccessGate;
-class QNetworkDatagram;
 class QUdpSocket;
 class WrenPacket;
 
@@ -43,20 +42,18 @@ public:
     QByteArray write(quint32 address, const QByteArray &data, int timeoutMs, bool remote = false);
     QByteArray read(quint32 address, quint8 length, int timeoutMs, bool remote = false);
 
-signals:
-    void writeErrorOccured(quint8 packetId);
-    void readErrorOccured(quint8 packetId);
-
 private:
     [[nodiscard]] quint8 takePacketId();
     void refuseNestedAccess();
-    void send(const WrenPacket &request, const QString &failureLog);
-    QByteArray awaitReply(const WrenPacket &request, int timeoutMs, const QString &timeoutLog);
+    void send(const WrenPacket &request);
+    QByteArray awaitReply(const WrenPacket &request, int timeoutMs);
+    [[nodiscard]] bool replyArrivesSoon() const;
+    [[noreturn]] void failTimeout(const WrenPacket &request, const QString &reason);
     // Why a datagram is not the reply to `request`; empty when it is.
-    [[nodiscard]] QString mismatch(const QNetworkDatagram &datagram,
-                                   const WrenPacket &request) const;
+    [[nodiscard]] QString mismatch(const QHostAddress &sender, quint16 senderPort,
+                                   const QByteArray &bytes, const WrenPacket &request) const;
     QByteArray checkReply(const WrenPacket &request, const WrenPacket &reply);
-    [[noreturn]] void fail(const WrenPacket &reply, quint32 code, const QStringList &reasons);
+    [[noreturn]] static void fail(quint32 code, const QStringList &reasons);
 
     AccessGate *m_gate = nullptr;
     quint32 m_packetIdCounter = 0;

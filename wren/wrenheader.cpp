@@ -2,13 +2,10 @@
 
 #include <QtEndian>
 
-WrenHeader::WrenHeader(qint8 verType, quint32 commandKind, int read, int acknowledge, int busError,
+WrenHeader::WrenHeader(quint32 commandKind, int read, int acknowledge, int busError,
                        quint8 packetId, quint8 length, quint32 address)
     : m_verType(kVerType), m_packetId(packetId), m_length(length), m_address(address)
 {
-    // Every header this program builds carries 0xFF whatever the caller passed; the argument
-    // stays for symmetry with the parsed form.
-    Q_UNUSED(verType)
     m_flags = commandKind <= 1 ? kCommandBit : 0x00;
     if (read == 1)
         m_flags |= kReadBit;

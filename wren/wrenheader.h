@@ -19,9 +19,10 @@ public:
 
     // Construction
     WrenHeader() = default;
-    // read, acknowledge and busError count as set only when exactly 1.
-    WrenHeader(qint8 verType, quint32 commandKind, int read, int acknowledge, int busError,
-               quint8 packetId, quint8 length, quint32 address);
+    // Every header this program builds carries kVerType. read, acknowledge and busError count as
+    // set only when exactly 1.
+    WrenHeader(quint32 commandKind, int read, int acknowledge, int busError, quint8 packetId,
+               quint8 length, quint32 address);
     // Parses the first 8 bytes; fewer than 8 bytes give an all-zero header.
     explicit WrenHeader(const QByteArray &bytes);
 

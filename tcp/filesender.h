@@ -1,0 +1,75 @@
+// Sends the run's file over a connected socket, driven by the socket's bytesWritten(): the file is
+// read 1024 bytes at a time (hex text turned back into bytes) and queued a batch at a time, the
+// next batch while the system still has the last one to take, so that it never runs dry. A batch's
+// file bytes count as sent once the system has taken all of it. When the system takes nothing for
+// the write time-out the run stalls.
+#pragma once
+
+#include "tcp/hexlayout.h"
+#include "tcp/hextextdecoder.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QList>
+#include <QObject>
+
+class QTcpSocket;
+class QTimer;
+struct TransferRun;
+
+class FileSender : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr qint64 kChunkBytes = 1024;
+    static constexpr qint64 kBatchBytes = 256 * 1024;
+    // File bytes shown as sent text at most, when Show Data is on.
+    static constexpr qint64 kDisplayLimitBytes = 65536;
+
+    explicit FileSender(QObject *parent = nullptr);
+
+    // Opens the run's file; false with the reason in errorString().
+    [[nodiscard]] bool open(const TransferRun &run);
+    void start(QTcpSocket *socket, int writeTimeoutMs);
+    // Queues nothing more and closes the file.
+    void stop();
+
+    [[nodiscard]] qint64 sentBytes() const { return m_sent; }
+    [[nodiscard]] qint64 fileSize() const { return m_fileSize; }
+    [[nodiscard]] QString errorString() const { return m_file.errorString(); }
+
+signals:
+    void shown(const QString &text, qint64 bytesFrom, qint64 bytes);
+    void progressed();
+    void finished();
+    void stalled();
+
+private:
+    void onBytesWritten(qint64 bytes);
+    void queueBatch();
+    void show(qint64 fileBytes, QByteArrayView payload);
+
+    QFile m_file;
+    bool m_hexFile = false;
+    bool m_showData = false;
+    HexLayout m_layout;
+    HexTextDecoder m_decoder;
+    QByteArray m_chunk;
+    QByteArray m_payload;
+    QTcpSocket *m_socket = nullptr;
+    QTimer *m_stallTimer = nullptr;
+    qint64 m_fileSize = 0;
+    qint64 m_sent = 0;
+    qint64 m_queuedFileBytes = 0; // file bytes read and queued so far
+    qint64 m_queuedPayload = 0;   // bytes queued so far
+    qint64 m_writtenPayload = 0;  // bytes the system has taken so far
+    struct BatchEnd
+    {
+        qint64 payload;
+        qint64 fileBytes;
+    };
+    QList<BatchEnd> m_batchEnds; // batches not yet taken in full
+    qint64 m_displayed = 0;
+    bool m_atEnd = false;
+};

@@ -1,0 +1,122 @@
+// The transfer worker's parts on their own: the recorder with real files (and /dev/full as the
+// full disk), the display tail and the progress throttle.
+#include "tcp/displaytail.h"
+#include "tcp/progressthrottle.h"
+#include "tcp/recvrecorder.h"
+#include "testtable.h"
+
+#include <QtTest>
+
+class TestTransferParts : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Pieces fed to the recorder, raw or as hex text; "|" splits the pieces, "w" writes out.
+    void recorder_data()
+    {
+        // clang-format off
+        columns<QString, QString, bool, QByteArray, qint64, bool>("file", "pieces", "hexText", "written", "saved", "ok");
+        QTest::addRow("raw, kept until written out") << "r.bin" << "ab|c" << false << QByteArray() << qint64(0) << true;
+        QTest::addRow("raw, written out") << "r.bin" << "ab|c|w" << false << QByteArray("abc") << qint64(3) << true;
+        QTest::addRow("hex text across pieces") << "h.txt" << "abc|de|w" << true << QByteArray("6162-6364\r\n65") << qint64(13) << true;
+        QTest::addRow("full disk: the system's reason") << "/dev/full" << "abc|w" << false << QByteArray() << qint64(0) << false;
+        // clang-format on
+    }
+    void recorder()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, pieces);
+        QTemporaryDir dir;
+        const QString path = file.startsWith('/') ? file : dir.filePath(file);
+        RecvRecorder recorder;
+        QVERIFY(recorder.open(path, cell<bool>("hexText"), HexLayout::parse("2-2")));
+        bool ok = true;
+        for (const QString &piece : pieces.split('|')) {
+            const QByteArray bytes = piece.toLatin1();
+            ok = ok && (piece == "w" ? recorder.writeOut() : recorder.add(bytes, bytes.size()));
+        }
+        QTEST(ok, "ok");
+        QTEST(recorder.savedBytes(), "saved");
+        QCOMPARE(recorder.errorString(), ok ? QString() : QString("No space left on device"));
+        if (!file.startsWith('/')) {
+            QFile written(path);
+            QVERIFY(written.open(QIODevice::ReadOnly));
+            QTEST(written.readAll(), "written");
+        }
+    }
+    void recorderOpenFailure()
+    {
+        RecvRecorder recorder;
+        QVERIFY(!recorder.open("/nonexistent/r.bin", false, HexLayout()));
+        QCOMPARE(recorder.errorString(), QString("No such file or directory"));
+    }
+    // keep(size@position) pieces into a tail of 4 bytes, then what one take of at most maxSize
+    // hands out and what the next take of everything does.
+    void displayTail_data()
+    {
+        // clang-format off
+        columns<QString, qint64, bool, QByteArray, QByteArray>("pieces", "maxSize", "hex", "first", "rest");
+        QTest::addRow("fits") << "abc@0" << qint64(-1) << false << QByteArray("abc") << QByteArray();
+        QTest::addRow("newest four kept") << "abcdef@0" << qint64(-1) << false << QByteArray("<2>cdef") << QByteArray();
+        QTest::addRow("gap counted") << "ab@0|cd@5" << qint64(-1) << false << QByteArray("<5>cd") << QByteArray();
+        QTest::addRow("in pieces") << "abcd@0" << qint64(2) << false << QByteArray("ab") << QByteArray("cd");
+        QTest::addRow("mark waits for room") << "abcdef@0" << qint64(2) << false << QByteArray() << QByteArray("<2>cdef");
+        QTest::addRow("hex lines") << "abcd@0" << qint64(-1) << true << QByteArray("6162-6364\n") << QByteArray();
+        QTest::addRow("hex, whole bytes only") << "abc@0" << qint64(5) << true << QByteArray("6162") << QByteArray("-63");
+        // clang-format on
+    }
+    void displayTail()
+    {
+        QFETCH(QString, pieces);
+        QFETCH(bool, hex);
+        DisplayTail tail(4);
+        for (const QString &piece : pieces.split('|')) {
+            const QByteArray bytes = piece.section('@', 0, 0).toLatin1();
+            tail.keep(bytes.constData(), bytes.size(), piece.section('@', 1).toLongLong());
+        }
+        const HexLayout layout = hex ? HexLayout::parse("2-2") : HexLayout();
+        const auto take = [&](qint64 maxSize) {
+            const QByteArray mark = "<" + QByteArray::number(tail.skipped()) + ">";
+            return tail.take(maxSize, layout, "\n", tail.skipped() ? mark : QByteArray());
+        };
+        QTEST(take(cell<qint64>("maxSize")), "first");
+        QTEST(take(-1), "rest");
+        QVERIFY(tail.isEmpty());
+    }
+    // A long interval: only the first figure and forced ones go out, never one already sent.
+    void throttle_data()
+    {
+        columns<QString, QString>("calls", "sent");
+        QTest::addRow("first goes out") << "1"
+                                        << "1";
+        QTest::addRow("the next waits") << "1 2 3"
+                                        << "1";
+        QTest::addRow("forced goes out") << "1 2 3!"
+                                         << "1 3";
+        QTest::addRow("never twice") << "1 1! 2! 2!"
+                                     << "1 2";
+    }
+    void throttle()
+    {
+        QFETCH(QString, calls);
+        ProgressThrottle throttle(3600 * 1000);
+        throttle.restart();
+        QStringList sent;
+        for (const QString &call : calls.split(' ')) {
+            const qint64 value = call.chopped(call.endsWith('!') ? 1 : 0).toLongLong();
+            if (throttle.take(value, call.endsWith('!')))
+                sent << QString::number(value);
+        }
+        QTEST(sent.join(' '), "sent");
+    }
+
+private:
+    template <typename T> static T cell(const char *column)
+    {
+        return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTransferParts)
+#include "tst_transferparts.moc"
