@@ -568,6 +568,8 @@ void TCPThread::beginRecvThread()
         setRecvStatus(TS_STOP);
         return;
     }
+    if (!openRecvFile())
+        return;
     QMutexLocker lock(&m_mutex);
     connect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::reserveRecvData,
             Qt::UniqueConnection);
@@ -604,15 +606,26 @@ bool TCPThread::prepareRecvRun()
         return true; // receive for display only
     }
     emit recvReported(tr("Saving to %1").arg(name), false);
-    // Unbuffered: the bytes are gathered into large blocks here, not in 16 KiB pieces by QFile.
-    if (!m_recvFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        failRecv(QStringLiteral("%1: %2 (%3)")
-                     .arg(tr("Receive file cannot open"), name, m_recvFile.errorString()),
-                 TTE_RECV_ERROR);
-        setRecvStatus(TS_STOP);
-        return false;
-    }
     return true;
+}
+
+// Only once the connection stands: a run that cannot connect leaves the file as it was.
+bool TCPThread::openRecvFile()
+{
+    QMutexLocker lock(&m_mutex);
+    if (m_recvFile.fileName().isEmpty())
+        return true;
+    // Unbuffered: the bytes are gathered into large blocks here, not in 16 KiB pieces by QFile.
+    if (m_recvFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return true;
+    failRecv(
+        QStringLiteral("%1: %2 (%3)")
+            .arg(tr("Receive file cannot open"), m_recvFile.fileName(), m_recvFile.errorString()),
+        TTE_RECV_ERROR);
+    setRecvStatus(TS_STOP);
+    if (m_sendStatus == TS_STOP)
+        reserveCloseSocket(0);
+    return false;
 }
 
 void TCPThread::reserveRecvData()

@@ -132,6 +132,7 @@ private:
 
     // Receiving
     [[nodiscard]] bool prepareRecvRun();
+    [[nodiscard]] bool openRecvFile();
     void readAvailable(const HexLayout &layout, bool draining);
     void keepForDisplay(const char *chunk, qsizetype size, qint64 position);
     [[nodiscard]] qint64 readChunk(qsizetype want, bool intoBlock, const char **chunk);

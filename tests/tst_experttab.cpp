@@ -102,6 +102,19 @@ private slots:
         QCOMPARE(describe(f->accesses()), QStringList());
     }
 
+    // Nothing shown that nobody read or typed: empty until a read, then what was last read.
+    void showsOnlyWhatWasRead()
+    {
+        QCOMPARE(shownFields(), "            disable");
+        f->click("ExpertWriteButton");
+        QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
+        MavixSetting readByGeneralTab;
+        readByGeneralTab.ipAddress = "127.0.0.5";
+        f->tab.applyTargetSettingChange(readByGeneralTab);
+        QCOMPARE(shownFields(), "02:00:C0:A8:00:10 127.0.0.5 24 23 4660 1460 1000 60000 5000 "
+                                "2880000 500 500 disable");
+    }
+
     void tabSets_data()
     {
         QTest::addColumn<QString>("titles");
