@@ -11,8 +11,20 @@
 #include <QFontDatabase>
 #include <QHostAddress>
 #include <QTcpSocket>
+#include <QTextCursor>
+#include <QTextEdit>
 
 namespace {
+
+// QTextEdit::append() renders text that looks like markup as markup; received bytes are text.
+void appendPlainText(QTextEdit *edit, const QString &text)
+{
+    QTextCursor cursor(edit->document());
+    cursor.movePosition(QTextCursor::End);
+    if (!edit->document()->isEmpty())
+        cursor.insertBlock();
+    cursor.insertText(text);
+}
 constexpr quint8 kObtainPermission = 0x00;
 constexpr quint8 kReleasePermission = 0xFF;
 } // namespace
@@ -256,9 +268,9 @@ void ZELGPIBTab::receive()
                        limited ? maxLength : 0, &received);
     // Bytes that arrived before a failure are shown too: they are what the instrument said.
     if (failure == GpibBus::Failure::None || !received.isEmpty())
-        m_ui->ZELGPIBReceivedData->append(m_ui->ZELGPIBShowAsHexCheckBox->isChecked()
-                                              ? hexText(received)
-                                              : QString::fromUtf8(received));
+        appendPlainText(m_ui->ZELGPIBReceivedData, m_ui->ZELGPIBShowAsHexCheckBox->isChecked()
+                                                       ? hexText(received)
+                                                       : QString::fromUtf8(received));
     finishTransaction(failure, tr("GPIB receiving successed"));
 }
 
@@ -286,6 +298,9 @@ void ZELGPIBTab::finishTransaction(GpibBus::Failure failure, const QString &succ
         break;
     case GpibBus::Failure::Other:
         reportError(tr("GPIB undefined error"));
+        break;
+    case GpibBus::Failure::Aborted: // the user gave up the wait, as in the register tabs
+        reportWrenError(WrenError{WrenError::Timeout, givenUpText()}, tr("GPIB timeout"));
         break;
     }
     emit transmissionFailed();

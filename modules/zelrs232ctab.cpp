@@ -6,6 +6,7 @@
 #include "ui_zelrs232ctab.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
+#include "wren/wrenreport.h"
 
 #include <QFontDatabase>
 #include <QKeySequence>
@@ -371,6 +372,9 @@ void ZELRS232CTab::sendData()
     case SerialConnectorSession::Result::TimedOut:
         reportError(tr("ZEL-RS232C timeout"));
         break;
+    case SerialConnectorSession::Result::Aborted: // the user gave up the wait (Esc)
+        reportWrenError(WrenError{WrenError::Timeout, givenUpText()}, tr("ZEL-RS232C timeout"));
+        break;
     default:
         reportError(tr("ZEL-RS232C undefined error"));
         break;
@@ -399,6 +403,9 @@ void ZELRS232CTab::receive()
     case SerialConnectorSession::Result::TimedOut:
         reportError(tr("ZEL-RS232C timeout"));
         closeShownConnection();
+        break;
+    case SerialConnectorSession::Result::Aborted: // the user gave up the wait (Esc)
+        reportWrenError(WrenError{WrenError::Timeout, givenUpText()}, tr("ZEL-RS232C timeout"));
         break;
     default:
         reportError(tr("ZEL-RS232C undefined error"));

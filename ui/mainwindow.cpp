@@ -117,6 +117,9 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
 
 MainWindow::~MainWindow()
 {
+    // The tabs outlive this body: a field losing the focus as they go must not reach this window.
+    for (QObject *child : findChildren<QObject *>())
+        disconnect(child, nullptr, this, nullptr);
     if (reportTarget() == this)
         setReportTarget(nullptr);
     if (g_currentWindow == this)

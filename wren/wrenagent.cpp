@@ -3,6 +3,7 @@
 #include "app/accessgate.h"
 #include "app/log.h"
 #include "wren/wrenpacket.h"
+#include "wren/wrenreport.h"
 
 #include <QElapsedTimer>
 #include <QNetworkDatagram>
@@ -130,7 +131,7 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs,
         if (result == AccessGate::WaitResult::Aborted) {
             if (!timeoutLog.isEmpty())
                 LOG_ERROR(timeoutLog);
-            throw WrenError{WrenError::Timeout, tr("The wait for the reply was given up")};
+            throw WrenError{WrenError::Timeout, givenUpText()};
         }
     }
     if (!timeoutLog.isEmpty())
