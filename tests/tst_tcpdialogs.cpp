@@ -132,7 +132,8 @@ private slots:
         m_rig.port->setStuck(true);
         click(dialog, "SendButton");
         QCOMPARE(text(dialog, "SizeTextarea") + ' ' + text(dialog, "RateTextarea"), "0 0");
-        QTRY_VERIFY_WITH_TIMEOUT(text(dialog, "TimeTextarea").toDouble() > 0, 2000);
+        QTRY_VERIFY(enabled(dialog, "StopButton"));
+        QTRY_VERIFY_WITH_TIMEOUT(text(dialog, "TimeTextarea").toDouble() >= 0.5, 2000);
         click(dialog, "StopButton");
         QTRY_VERIFY_WITH_TIMEOUT(enabled(dialog, "SendButton"), 3000);
     }
