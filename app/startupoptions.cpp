@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QHostAddress>
 
 #include <cerrno>
 #include <cstdio>
@@ -76,6 +77,12 @@ QString openRequestedLog(const StartupOptions &options, const QString &path)
 TargetParts splitTarget(const QString &text)
 {
     TargetParts parts;
+    // A bare IPv6 address ("::1") is the host alone; ports after an IPv6 host need brackets.
+    if (text.count(QLatin1Char(':')) > 1 && !text.startsWith(QLatin1Char('[')) &&
+        QHostAddress(text).protocol() == QAbstractSocket::IPv6Protocol) {
+        parts.host = text;
+        return parts;
+    }
     QString rest = text;
     if (rest.startsWith(QLatin1Char('['))) {
         const qsizetype close = rest.indexOf(QLatin1Char(']'));

@@ -28,7 +28,7 @@ struct StartupOptions
 [[nodiscard]] QString openRequestedLog(const StartupOptions &options, const QString &path);
 
 // A "-target:" text split into its parts: HOST[:UDPPORT[:TCPPORT]], with an IPv6 host written in
-// brackets. Empty parts mean "leave as it is".
+// brackets; a bare IPv6 address is the host alone. Empty parts mean "leave as it is".
 struct TargetParts
 {
     QString host;

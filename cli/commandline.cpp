@@ -16,10 +16,34 @@
 
 #include <QCommandLineParser>
 #include <QHostAddress>
+#include <QHostInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <csignal>
+#include <unistd.h>
 
 namespace {
 
 constexpr char kTargetVariable[] = "MAVIX_TARGET";
+// Put before a negative number so that the option parser takes it for an argument.
+constexpr QChar kNumberMark = QChar(0x1F);
+
+// Ctrl+C (or SIGTERM) during any wait of a command ends the tool at once with 128 + the signal;
+// the commands that must close something first (transfers, watch) install their own watcher.
+void exitOnInterrupt(int signalNumber)
+{
+    ::_exit(128 + signalNumber);
+}
+
+void installInterruptExit()
+{
+    struct sigaction action = {};
+    action.sa_handler = &exitOnInterrupt;
+    sigemptyset(&action.sa_mask);
+    (void)::sigaction(SIGINT, &action, nullptr);
+    (void)::sigaction(SIGTERM, &action, nullptr);
+}
 
 int runTransfer(const CommandContext &context, TransferCommand::Direction direction)
 {
@@ -305,7 +329,13 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
     parser.addPositionalArgument(command.name, QString(), command.name);
     for (const QStringList &argument : command.positional)
         parser.addPositionalArgument(argument.value(0), argument.value(1), argument.value(2));
-    if (!parser.parse(arguments)) {
+    // "-1" is a (negative) number for the command's checks to refuse, not an option.
+    static const QRegularExpression negativeNumber(QStringLiteral("^-[0-9]"));
+    QStringList protectedArguments = arguments;
+    for (QString &argument : protectedArguments)
+        if (argument.contains(negativeNumber))
+            argument.prepend(kNumberMark);
+    if (!parser.parse(protectedArguments)) {
         console.message(parser.errorText());
         return ExitCode::kRefusedInput;
     }
@@ -313,7 +343,10 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
         console.print(parser.helpText());
         return ExitCode::kSuccess;
     }
-    const QStringList positional = parser.positionalArguments().mid(1);
+    QStringList positional = parser.positionalArguments().mid(1);
+    for (QString &argument : positional)
+        if (argument.startsWith(kNumberMark))
+            argument.remove(0, 1);
     if (positional.size() < command.minArguments ||
         (command.maxArguments >= 0 && positional.size() > command.maxArguments)) {
         console.message(tr("Wrong number of arguments; see: mavix %1 --help").arg(command.name));
@@ -338,9 +371,10 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
     QString target = globalValue(QStringLiteral("target"), global, parser);
     if (target.isEmpty())
         target = qEnvironmentVariable(kTargetVariable);
-    if (!applyTarget(target))
+    if (!applyTarget(target, console))
         return ExitCode::kRefusedInput;
 
+    installInterruptExit();
     WrenAgent agent;
     const MavixSetting current = MavixSetting::current();
     agent.setTarget(QHostAddress(current.ipAddress), current.udpPort);
@@ -354,13 +388,37 @@ QString CommandLine::globalValue(const QString &name, const QCommandLineParser &
     return local.isSet(name) ? local.value(name) : global.value(name);
 }
 
-// HOST[:UDP[:TCP]] as the GUI's -target: takes it; a part left out keeps the GUI's default. The
-// General tab's five checks decide, with its messages.
-bool CommandLine::applyTarget(const QString &text) const
+// A host name becomes the first address it resolves to, IPv4 first; an address stays as it is.
+// Empty when the name does not resolve (the reason is reported).
+QString CommandLine::resolveHost(const QString &host, Console &console) const
+{
+    if (host.isEmpty() || !QHostAddress(host).isNull() ||
+        host.contains(QRegularExpression(QStringLiteral("^[0-9.]+$|:"))))
+        return host; // an address, or what the General tab's checks will refuse
+    const QHostInfo info = QHostInfo::fromName(host);
+    QList<QHostAddress> addresses = info.addresses();
+    std::stable_sort(addresses.begin(), addresses.end(),
+                     [](const QHostAddress &a, const QHostAddress &b) {
+                         return a.protocol() == QAbstractSocket::IPv4Protocol &&
+                                b.protocol() != QAbstractSocket::IPv4Protocol;
+                     });
+    if (addresses.isEmpty()) {
+        console.message(tr("Cannot find the host %1: %2").arg(host, info.errorString()));
+        return QString();
+    }
+    return addresses.first().toString();
+}
+
+// HOST[:UDP[:TCP]] as the GUI's -target: takes it, or a host name; a part left out keeps the GUI's
+// default. The General tab's five checks decide, with its messages.
+bool CommandLine::applyTarget(const QString &text, Console &console) const
 {
     MavixSetting target;
     const TargetParts parts = splitTarget(text);
-    const QString ip = parts.host.isEmpty() ? target.ipAddress : parts.host;
+    const QString host = resolveHost(parts.host, console);
+    if (host.isEmpty() && !parts.host.isEmpty())
+        return false;
+    const QString ip = host.isEmpty() ? target.ipAddress : host;
     const QString udpPort =
         parts.udpPort.isEmpty() ? QString::number(target.udpPort) : parts.udpPort;
     const QString tcpPort =

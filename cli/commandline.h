@@ -44,7 +44,8 @@ private:
                    const QCommandLineParser &global, Console &console);
     [[nodiscard]] QString globalValue(const QString &name, const QCommandLineParser &global,
                                       const QCommandLineParser &local) const;
-    [[nodiscard]] bool applyTarget(const QString &text) const;
+    [[nodiscard]] QString resolveHost(const QString &host, Console &console) const;
+    [[nodiscard]] bool applyTarget(const QString &text, Console &console) const;
 
     QCommandLineOption m_target;
     QCommandLineOption m_timeout;

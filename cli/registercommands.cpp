@@ -6,6 +6,7 @@
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/streampath.h"
 #include "settings/registerrange.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
@@ -13,9 +14,7 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QEventLoop>
-#include <QFile>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QTimer>
 
 #include <optional>
@@ -42,7 +41,8 @@ struct Range
     quint32 length = 0;
 };
 
-// ADDR LEN as the Control(UDP) tab reads them, within the readable space.
+// ADDR LEN as the Control(UDP) tab reads them; the last byte may be 0xFFFFFFFF, as the server
+// allows.
 std::optional<Range> readRange(const CommandContext &context, int *exitCode)
 {
     Range range;
@@ -50,7 +50,7 @@ std::optional<Range> readRange(const CommandContext &context, int *exitCode)
     if (error.isEmpty())
         error = RegisterRange::parseLength(context.arguments.value(1), &range.length);
     if (error.isEmpty())
-        error = RegisterRange::checkRead(range.address, range.length);
+        error = RegisterRange::checkLastByte(range.address, range.length);
     if (error.isEmpty())
         return range;
     *exitCode = context.refuse(error, ExitCode::kRefusedInput);
@@ -69,6 +69,47 @@ std::optional<QByteArray> readBytes(const CommandContext &context, const Range &
     }
 }
 
+// The data: hex tokens ("01 02 0A", "CAFEBABE"), or @FILE for a file's raw bytes (@- for
+// standard input). No data at all is refused: a write of nothing is never what was meant.
+std::optional<QByteArray> writeData(const CommandContext &context, int *exitCode)
+{
+    const QStringList data = context.arguments.mid(1);
+    if (data.isEmpty()) {
+        *exitCode =
+            context.refuse(RegisterCommands::tr("No data to write: give hex bytes or @FILE"),
+                           ExitCode::kRefusedInput);
+        return std::nullopt;
+    }
+    if (data.size() > 1 || !data.first().startsWith(QLatin1Char('@'))) {
+        QByteArray bytes;
+        if (const QString error = RegisterRange::parseHexTokens(data, &bytes); !error.isEmpty()) {
+            *exitCode = context.refuse(error, ExitCode::kRefusedInput);
+            return std::nullopt;
+        }
+        return bytes;
+    }
+    const QString name = data.first().mid(1);
+    if (name.isEmpty()) {
+        *exitCode =
+            context.refuse(RegisterCommands::tr("No file name after @"), ExitCode::kRefusedInput);
+        return std::nullopt;
+    }
+    QString reason;
+    std::optional<QByteArray> bytes =
+        StreamPath::readAll(name, RegisterRange::kMaxLength + 1, &reason);
+    if (!bytes) {
+        *exitCode = context.refuse(RegisterCommands::tr("Cannot read %1: %2").arg(name, reason),
+                                   ExitCode::kConnectionOrFile);
+        return std::nullopt;
+    }
+    if (bytes->isEmpty()) {
+        *exitCode = context.refuse(RegisterCommands::tr("No data to write: %1 is empty").arg(name),
+                                   ExitCode::kRefusedInput);
+        return std::nullopt;
+    }
+    return bytes;
+}
+
 } // namespace
 
 int RegisterCommands::read(const CommandContext &context)
@@ -83,9 +124,8 @@ int RegisterCommands::read(const CommandContext &context)
 
     const QString outName = context.parser->value(QStringLiteral("out"));
     if (!outName.isEmpty()) {
-        QSaveFile out(outName);
-        if (!out.open(QIODevice::WriteOnly) || out.write(*bytes) != bytes->size() || !out.commit())
-            return context.refuse(tr("Cannot write %1: %2").arg(outName, out.errorString()),
+        if (const QString reason = StreamPath::writeAll(outName, *bytes); !reason.isEmpty())
+            return context.refuse(tr("Cannot write %1: %2").arg(outName, reason),
                                   ExitCode::kConnectionOrFile);
     }
     reportResult(RegisterRange::readDoneText());
@@ -103,30 +143,17 @@ int RegisterCommands::read(const CommandContext &context)
 
 int RegisterCommands::write(const CommandContext &context)
 {
+    int exitCode = ExitCode::kSuccess;
     quint32 address = 0;
     if (const QString error = RegisterRange::parseAddress(context.arguments.value(0), &address);
         !error.isEmpty())
         return context.refuse(error, ExitCode::kRefusedInput);
 
-    // The data: hex bytes as the Control(UDP) tab takes them, or @FILE for a file's raw bytes.
-    const QStringList data = context.arguments.mid(1);
-    QByteArray bytes;
-    if (data.size() == 1 && data.first().startsWith(QLatin1Char('@'))) {
-        QFile file(data.first().mid(1));
-        if (!file.open(QIODevice::ReadOnly))
-            return context.refuse(tr("Cannot read %1: %2").arg(file.fileName(), file.errorString()),
-                                  ExitCode::kConnectionOrFile);
-        bytes = file.read(RegisterRange::kMaxLength + 1);
-    } else {
-        const QString text = data.join(QLatin1Char(' '));
-        const std::optional<QByteArray> parsed = RegisterRange::parseDump(text);
-        if (!parsed)
-            return context.refuse(RegisterRange::parseData(text, 0, &bytes),
-                                  ExitCode::kRefusedInput);
-        bytes = *parsed;
-    }
+    const std::optional<QByteArray> bytes = writeData(context, &exitCode);
+    if (!bytes)
+        return exitCode;
     quint32 length = 0;
-    QString error = RegisterRange::parseLength(QString::number(bytes.size()), &length);
+    QString error = RegisterRange::parseLength(QString::number(bytes->size()), &length);
     if (error.isEmpty())
         error = RegisterRange::checkWrite(address, length,
                                           context.parser->isSet(QStringLiteral("expert")));
@@ -135,13 +162,13 @@ int RegisterCommands::write(const CommandContext &context)
 
     AccessGate::Hold hold(context.agent->gate());
     try {
-        (void)context.agent->write(address, bytes, context.timeoutMs);
+        (void)context.agent->write(address, *bytes, context.timeoutMs);
     } catch (const WrenError &failure) {
         return context.accessFailed(failure, RegisterRange::writeTimeoutText());
     }
     reportResult(RegisterRange::writeDoneText());
     if (context.console->json())
-        context.console->printJson(dataObject(address, bytes));
+        context.console->printJson(dataObject(address, *bytes));
     return ExitCode::kSuccess;
 }
 

@@ -5,6 +5,7 @@
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/streampath.h"
 #include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
@@ -12,6 +13,8 @@
 
 #include <QCommandLineParser>
 #include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QThread>
 #include <QTimer>
@@ -80,12 +83,16 @@ int TransferCommand::run()
     m_loop.exec();
     progressTimer.stop();
     waitForSocketClose();
+    // A send is done when the device has taken the bytes: the connection's orderly close.
+    if (!receiving() && !m_interrupted && m_stoppedAtMs >= 0)
+        m_stoppedAtMs = m_clock.elapsed();
     thread.quit();
     thread.wait();
     m_worker = nullptr;
 
     m_context.console->endProgress();
     keepOnlyByteLimit();
+    countBytesInFile();
     printSummary();
     return exitCode();
 }
@@ -117,18 +124,23 @@ bool TransferCommand::readLimits()
 // Nothing is shown: the whole bandwidth goes to the file.
 bool TransferCommand::prepareFile(AppModel &model)
 {
+    // "-" is standard output for recv and standard input for send, so that the tool fits in a
+    // pipeline; a FIFO or a device is written into as it is.
+    const QString path = StreamPath::isStandardStream(m_fileName)
+                             ? QString::fromLatin1(receiving() ? "/dev/stdout" : "/dev/stdin")
+                             : m_fileName;
     if (receiving()) {
         model.recvOption()->setDisplayMode(TCPOutputOption::kDisplayOff);
-        model.setRecvFileName(m_fileName);
+        model.setRecvFileName(path);
         m_run = runOf(*model.recvOption());
         return model.checkRecvFile();
     }
     model.sendOption()->setShowData(false);
-    model.setSendFileName(m_fileName);
+    model.setSendFileName(path);
     if (!model.checkSendFile())
         return false;
     m_run = runOf(*model.sendOption());
-    m_fileSize = QFile(m_fileName).size();
+    m_fileSize = QFileInfo(path).isFile() ? QFile(path).size() : -1;
     return true;
 }
 
@@ -194,7 +206,8 @@ void TransferCommand::onSendProgress(qint64 sentSize, qint64 fileSize, qint64 el
 {
     Q_UNUSED(elapsedMs) // the run's own clock also covers the connection
     m_bytes = sentSize;
-    m_fileSize = fileSize;
+    if (m_fileSize >= 0) // standard input has no size until its end
+        m_fileSize = fileSize;
 }
 
 // Both directions are stopped once the status is TS_STOP, but the socket may still be closing.
@@ -244,6 +257,17 @@ void TransferCommand::keepOnlyByteLimit()
     m_bytes = m_byteLimit;
 }
 
+// The summary counts the bytes the file holds, which on a failed write (a full disk) are fewer
+// than those received.
+void TransferCommand::countBytesInFile()
+{
+    const QFileInfo info(m_fileName);
+    if (receiving() && !StreamPath::isStandardStream(m_fileName) && info.isFile())
+        m_bytes = std::min(m_bytes, info.size());
+    if (!receiving() && m_fileSize < 0 && !m_interrupted)
+        m_fileSize = m_bytes; // standard input or a FIFO: its size is what it gave
+}
+
 void TransferCommand::printSummary()
 {
     const qint64 ms = elapsedMs();
@@ -256,7 +280,11 @@ void TransferCommand::printSummary()
                            {QStringLiteral("interrupted"), m_interrupted}};
         if (!receiving())
             object.insert(QStringLiteral("fileSize"), m_fileSize);
-        m_context.console->printJson(object);
+        if (receiving() && StreamPath::isStandardStream(m_fileName))
+            m_context.console->message(QString::fromUtf8(QJsonDocument(object).toJson(
+                QJsonDocument::Compact))); // standard output carries the data
+        else
+            m_context.console->printJson(object);
     }
     if (receiving())
         m_context.console->message(tr("%1 bytes received into %2 in %3 s (%4 MB/s)")
@@ -273,6 +301,10 @@ int TransferCommand::exitCode() const
 {
     if (receiving() && m_byteLimit > 0 && m_bytes >= m_byteLimit)
         return ExitCode::kSuccess;
+    if (receiving() && m_byteLimit > 0 && !m_interrupted) {
+        return m_context.refuse(tr("Only %1 of %2 bytes received").arg(m_bytes).arg(m_byteLimit),
+                                ExitCode::kConnectionOrFile);
+    }
     if (m_context.console->errorCount() > m_errorsBefore)
         return ExitCode::kConnectionOrFile;
     const bool cutShort = receiving() ? m_byteLimit > 0 : m_bytes < m_fileSize;

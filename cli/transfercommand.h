@@ -41,6 +41,7 @@ private:
     void onStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status);
     void showProgress();
     void keepOnlyByteLimit();
+    void countBytesInFile();
     void printSummary();
     [[nodiscard]] int exitCode() const;
     [[nodiscard]] bool receiving() const { return m_direction == Direction::Receive; }

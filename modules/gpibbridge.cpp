@@ -228,6 +228,9 @@ bool GpibBridge::finish(GpibBus::Failure failure, const QString &successMessage)
     case GpibBus::Failure::Other:
         reportError(tr("GPIB undefined error"));
         break;
+    case GpibBus::Failure::Aborted: // the user gave up the wait (Esc), as in the register tabs
+        reportWrenError(WrenError{WrenError::Timeout, givenUpText()}, tr("GPIB timeout"));
+        break;
     }
     disconnectFromModule(); // the module must be connected again
     return false;

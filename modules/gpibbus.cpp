@@ -156,7 +156,7 @@ GpibBus::Failure GpibBus::waitUntil(const std::function<bool()> &done)
     case AccessGate::WaitResult::TimedOut:
         return Failure::Timeout;
     case AccessGate::WaitResult::Aborted:
-        break;
+        return Failure::Aborted;
     }
     return Failure::Other;
 }

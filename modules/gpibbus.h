@@ -19,7 +19,7 @@ class GpibBus : public QObject
     Q_OBJECT
 
 public:
-    enum class Failure { None, Timeout, ErrorPacket, BadReply, Other };
+    enum class Failure { None, Timeout, ErrorPacket, BadReply, Other, Aborted }; // Aborted: Esc
     Q_ENUM(Failure)
 
     // Each exchange waits this long for its request to leave and again for the reply.

@@ -6,6 +6,7 @@
 #include "settings/eepromwritesession.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
+#include "wren/wrenreport.h"
 
 #include <QtEndian>
 
@@ -260,6 +261,9 @@ bool SerialBridge::reportDataResult(SerialConnectorSession::Result result,
         break;
     case SerialConnectorSession::Result::TimedOut:
         reportError(tr("ZEL-RS232C timeout"));
+        break;
+    case SerialConnectorSession::Result::Aborted: // the user gave up the wait (Esc)
+        reportWrenError(WrenError{WrenError::Timeout, givenUpText()}, tr("ZEL-RS232C timeout"));
         break;
     default:
         reportError(tr("ZEL-RS232C undefined error"));

@@ -1,6 +1,7 @@
 #include "modules/textareafeed.h"
 
 #include <QPlainTextEdit>
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QTextEdit>
 #include <QTimer>
@@ -65,12 +66,26 @@ void TextAreaFeed::enqueue(const QByteArray &data, Form form)
         feedNext();
 }
 
+namespace {
+
+// QTextEdit::append() renders text that looks like markup as markup; received bytes are text.
+void appendAsPlainText(QTextEdit *edit, const QString &text)
+{
+    QTextCursor cursor(edit->document());
+    cursor.movePosition(QTextCursor::End);
+    if (!edit->document()->isEmpty())
+        cursor.insertBlock();
+    cursor.insertText(text);
+}
+
+} // namespace
+
 void TextAreaFeed::appendSlice(const QString &slice)
 {
     if (auto *plain = qobject_cast<QPlainTextEdit *>(m_area))
         plain->appendPlainText(slice);
     else if (auto *rich = qobject_cast<QTextEdit *>(m_area))
-        rich->append(slice);
+        appendAsPlainText(rich, slice);
 }
 
 // One slice now, the next one after the window has had its turn.

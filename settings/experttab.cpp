@@ -22,6 +22,10 @@ ExpertTab::ExpertTab(QWidget *parent)
             &ExpertTab::writeDeviceInformation);
     connect(m_ui->ExpertResetButton, &QPushButton::clicked, this,
             &ExpertTab::resetDeviceInformation);
+    // Until a read the fields are empty: a write then needs every value typed, and never sends
+    // values that nobody read or typed.
+    for (QLineEdit *field : settingFields())
+        field->clear();
 }
 
 ExpertTab::~ExpertTab() = default;
@@ -32,6 +36,25 @@ void ExpertTab::resetDeviceInformation()
         return;
     showSetting(MavixSetting());
     reportResult(tr("Please write if you reset Mavix Setting"));
+}
+
+// The General tab's read (and the ZEL-RS232C tab's) shows here too: the fields always hold what
+// was last read from the device.
+void ExpertTab::applyTargetSettingChange(MavixSetting setting)
+{
+    GeneralTab::applyTargetSettingChange(setting);
+    if (isReady())
+        showSetting(setting);
+}
+
+QList<QLineEdit *> ExpertTab::settingFields() const
+{
+    return {m_ui->ExpertIPAddressTextarea,        m_ui->ExpertTCPPortTextarea,
+            m_ui->ExpertUDPPortTextarea,          m_ui->ExpertMACAddressTextarea,
+            m_ui->ExpertTCPCommandPortTextarea,   m_ui->ExpertMaxSegmentSizeTextarea,
+            m_ui->ExpertTCPKeepAliveBNETextArea,  m_ui->ExpertTCPKeepAliveBETextarea,
+            m_ui->ExpertTCPTimeoutConTextarea,    m_ui->ExpertTCPTimeoutDicTextarea,
+            m_ui->ExpertTCPReconIntervalTextArea, m_ui->ExpertTCPReTransTimerTextarea};
 }
 
 void ExpertTab::showSetting(const MavixSetting &setting)

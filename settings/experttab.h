@@ -4,7 +4,11 @@
 
 #include "settings/generaltab.h"
 
+#include <QList>
+
 #include <memory>
+
+class QLineEdit;
 
 namespace Ui {
 class ExpertTab;
@@ -21,11 +25,14 @@ public:
 public slots:
     // Shows the factory values; nothing reaches the device until the user writes.
     void resetDeviceInformation() override;
+    void applyTargetSettingChange(MavixSetting setting) override;
 
 protected:
     void showSetting(const MavixSetting &setting) override;
     [[nodiscard]] std::optional<MavixSetting> recordFromFields(const MavixSetting &base) override;
 
 private:
+    [[nodiscard]] QList<QLineEdit *> settingFields() const;
+
     std::unique_ptr<Ui::ExpertTab> m_ui;
 };

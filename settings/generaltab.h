@@ -56,7 +56,7 @@ signals:
     void transmissionSuccessed();
 
 public slots:
-    void applyTargetSettingChange(MavixSetting setting);
+    virtual void applyTargetSettingChange(MavixSetting setting);
     void readDeviceInformation();
     void writeDeviceInformation();
     virtual void resetDeviceInformation();

@@ -36,6 +36,13 @@ QString RegisterRange::checkRead(quint32 address, quint32 length)
     return {};
 }
 
+QString RegisterRange::checkLastByte(quint32 address, quint32 length)
+{
+    if (length > 0 && address > 0xFFFFFFFFu - (length - 1))
+        return QCoreApplication::translate("UDPTab", "Accessible range is 0x0 to 0xffffffff");
+    return {};
+}
+
 QString RegisterRange::checkWrite(quint32 address, quint32 length, bool expert)
 {
     if (!expert && address >= kProtectedStart - length)
@@ -51,14 +58,39 @@ QString RegisterRange::checkWrite(quint32 address, quint32 length, bool expert)
 
 QString RegisterRange::parseData(const QString &dataText, quint32 length, QByteArray *bytes)
 {
-    const std::optional<QByteArray> parsed = parseDump(dataText);
+    QString badToken;
+    const std::optional<QByteArray> parsed = parseDump(dataText, &badToken);
     if (!parsed)
         return QCoreApplication::translate("UDPTab",
-                                           "Written data is specified in hex number with a space");
+                                           "Written data is specified in hex number with a space") +
+               badTokenDetail(badToken);
     if (quint32(parsed->size()) != length)
-        return QCoreApplication::translate("UDPTab", "Written data length does not match");
+        return QCoreApplication::translate("UDPTab", "Written data length does not match") +
+               QCoreApplication::translate("UDPTab", " (%1 bytes typed, Data Length %2)")
+                   .arg(parsed->size())
+                   .arg(length);
     *bytes = *parsed;
     return {};
+}
+
+QString RegisterRange::parseHexTokens(const QStringList &tokens, QByteArray *bytes)
+{
+    static const QRegularExpression hexPairs(QStringLiteral("^([0-9A-Fa-f]{2})+$"));
+    QByteArray parsed;
+    for (const QString &token : tokens) {
+        if (!hexPairs.match(token).hasMatch())
+            return QCoreApplication::translate(
+                       "UDPTab", "Written data is specified in hex number with a space") +
+                   badTokenDetail(token);
+        parsed += QByteArray::fromHex(token.toLatin1());
+    }
+    *bytes = parsed;
+    return {};
+}
+
+QString RegisterRange::badTokenDetail(const QString &token)
+{
+    return QCoreApplication::translate("UDPTab", ": \"%1\" is not a hexadecimal byte").arg(token);
 }
 
 QString RegisterRange::formatDump(quint32 address, const QByteArray &data, bool showAddress)
@@ -78,7 +110,7 @@ QString RegisterRange::formatDump(quint32 address, const QByteArray &data, bool 
     return dump;
 }
 
-std::optional<QByteArray> RegisterRange::parseDump(const QString &dump)
+std::optional<QByteArray> RegisterRange::parseDump(const QString &dump, QString *badToken)
 {
     static const QRegularExpression blanks(QStringLiteral("\\s+"));
     QByteArray bytes;
@@ -91,8 +123,11 @@ std::optional<QByteArray> RegisterRange::parseDump(const QString &dump)
         for (const QString &token : tokens) {
             bool ok = false;
             const uint value = token.toUInt(&ok, 16);
-            if (!ok || value > 0xFF)
+            if (!ok || value > 0xFF) {
+                if (badToken)
+                    *badToken = token;
                 return std::nullopt;
+            }
             bytes.append(char(value));
         }
     }

@@ -80,6 +80,7 @@ bool MavixSim::start(const SimOptions &options)
     // Like the device, the running copy starts from the EEPROM copy, but answers on the address and
     // ports it was started with.
     m_registers.eepromImage() = haveEepromFile ? eeprom : factory;
+    m_eepromIsFactory = !haveEepromFile;
     SimRegisters::Image &running = m_registers.runningImage();
     running = m_registers.eepromImage();
     SimRegisters::setIpv4(running, ipv4);
@@ -144,6 +145,9 @@ void MavixSim::setTcpPort(quint16 port)
 {
     QMutexLocker lock(&m_mutex);
     SimRegisters::setPortAt(m_registers.runningImage(), SimRegisters::kTcpDataPortOffset, port);
+    // A factory EEPROM copy holds the ports the emulator answers on, the TCP one included.
+    if (m_eepromIsFactory)
+        SimRegisters::setPortAt(m_registers.eepromImage(), SimRegisters::kTcpDataPortOffset, port);
 }
 
 void MavixSim::setFaults(const SimFaults &faults)

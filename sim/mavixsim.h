@@ -119,6 +119,7 @@ private:
     QHostAddress m_peer;
     quint16 m_peerPort = 0;
     int m_delayedReplies = 0;
+    bool m_eepromIsFactory = false;
     QString m_eepromPath;
     SimStartError m_startError = SimStartError::None;
     QString m_errorString;

@@ -20,6 +20,12 @@ TCPSendInfoDlg::TCPSendInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::
     m_figures = {m_ui->SizeTextarea,     m_ui->TCPSizeUnitLabel, m_ui->TimeTextarea,
                  m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
     m_figures.prepare(m_ui->DataTextarea);
+    m_tick = new QTimer(this);
+    m_tick->setInterval(int(kRefreshIntervalMs));
+    connect(m_tick, &QTimer::timeout, this, [this] {
+        m_elapsedMsec = qMax(m_elapsedMsec, m_runClock.elapsed());
+        refreshDisplay();
+    });
     if (TCPOutputOption *sendOption = option())
         m_ui->DataShowCheckbox->setChecked(sendOption->showData());
 
@@ -96,9 +102,12 @@ void TCPSendInfoDlg::beginSend()
     }
     m_ui->sendProgressBar->reset();
     m_sentSize = 0;
+    m_fileSize = sendFileSize();
     m_elapsedMsec = 1;
     m_lastRefreshMs = 0;
     m_failed = false;
+    m_stopped = false;
+    m_figures.show(0, 1); // a new run starts from zero, not from the last run's figures
     m_ui->ErrorLabel->clear();
     m_ui->FileLabel->clear();
     if (TCPOutputOption *sendOption = option()) {
@@ -119,8 +128,10 @@ void TCPSendInfoDlg::stopSend()
     }
     // A direct call: the worker never holds its lock across a wait for the device, and its send
     // loop looks at the status between short waits, so the stop takes effect at once.
+    // The loss is reported once the run has stopped, from the same final figure the dialog
+    // shows.
+    m_stopped = true;
     worker->stopSending();
-    reportError(TransferFigures::lossText(m_sentSize, sendFileSize()));
 }
 
 void TCPSendInfoDlg::finishSend()
@@ -141,8 +152,18 @@ void TCPSendInfoDlg::onSendStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STA
     m_ui->SendButton->setEnabled(status == TS_STOP);
     if (status == TS_STARTING)
         reportResult(tr("Sending began"));
+    if (status == TS_RUN) {
+        m_runClock.start();
+        m_tick->start();
+    }
     if (status == TS_STOP) {
-        if (!m_failed)
+        m_tick->stop();
+        if (m_runClock.isValid())
+            m_elapsedMsec = qMax(m_elapsedMsec, m_runClock.elapsed());
+        m_runClock.invalidate();
+        if (m_stopped)
+            reportError(TransferFigures::lossText(m_sentSize, m_fileSize));
+        else if (!m_failed)
             reportResult(tr("Sending finished"));
         refreshDisplay();
     }
@@ -169,8 +190,9 @@ void TCPSendInfoDlg::refreshDisplay()
 {
     m_figures.show(m_sentSize, m_elapsedMsec);
 
+    // The bar keeps the end of a run (full after a complete send) until the next one begins.
     const ProgressBarRange range = TransferFigures::progressBarRange(m_fileSize, m_sentSize);
-    if (m_status != TS_RUN || range.maximum == 0) { // an empty range would show a busy bar
+    if (range.maximum == 0) { // an empty range would show a busy bar
         m_ui->sendProgressBar->reset();
         return;
     }

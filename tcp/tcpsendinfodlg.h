@@ -6,6 +6,8 @@
 #include "tcp/transferfigurefields.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
+#include <QTimer>
 
 #include <memory>
 
@@ -51,6 +53,11 @@ private:
     qint64 m_elapsedMsec = 1;
     qint64 m_lastRefreshMs = 0; // run time of the last display refresh
     bool m_failed = false;      // the current run has reported a failure
+    bool m_stopped = false;     // the user stopped the current run
+    // The dialog's own clock of the run: figures move while the device takes nothing, and a
+    // finished run counts until the connection's orderly close.
+    QElapsedTimer m_runClock;
+    QTimer *m_tick = nullptr;
     // The send status as last announced by the worker: the buttons and the bar follow it in step
     // with the progress signals queued before it, so the last report of a run still fills the bar.
     THREAD_STATUS m_status = TS_STOP;

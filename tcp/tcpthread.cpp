@@ -418,6 +418,8 @@ void TCPThread::beginRecvThread(const TransferRun &run)
         setRecvStatus(TS_STOP);
         return;
     }
+    if (!openRecvFile())
+        return;
     QMutexLocker lock(&m_mutex);
     connect(m_socket, &QTcpSocket::readyRead, this, &TCPThread::readAvailable,
             Qt::UniqueConnection);
@@ -447,14 +449,24 @@ bool TCPThread::prepareRecvRun(const TransferRun &run)
         return true; // receive for display only
     }
     emit recvReported(tr("Saving to %1").arg(run.fileName), false);
-    if (!m_recorder.open(run.fileName, run.hexFile, run.layout)) {
-        failRecv(QStringLiteral("%1: %2 (%3)")
-                     .arg(tr("Receive file cannot open"), run.fileName, m_recorder.errorString()),
-                 TTE_RECV_ERROR);
-        setRecvStatus(TS_STOP);
-        return false;
-    }
     return true;
+}
+
+// Only once the connection stands: a run that cannot connect leaves the file as it was.
+bool TCPThread::openRecvFile()
+{
+    QMutexLocker lock(&m_mutex);
+    if (m_recvRun.fileName.isEmpty())
+        return true;
+    if (m_recorder.open(m_recvRun.fileName, m_recvRun.hexFile, m_recvRun.layout))
+        return true;
+    failRecv(QStringLiteral("%1: %2 (%3)")
+                 .arg(tr("Receive file cannot open"), m_recvRun.fileName, m_recorder.errorString()),
+             TTE_RECV_ERROR);
+    setRecvStatus(TS_STOP);
+    if (m_sendStatus == TS_STOP)
+        reserveCloseSocket(0);
+    return false;
 }
 
 // One pass over the bytes the socket holds. Every byte goes to the file at once; the display

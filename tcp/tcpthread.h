@@ -113,6 +113,7 @@ private:
 
     // Receiving
     [[nodiscard]] bool prepareRecvRun(const TransferRun &run);
+    [[nodiscard]] bool openRecvFile();
     void readAvailable();
     [[nodiscard]] QString recordFailure() const;
     void stopOnRecvFileFailure();

@@ -102,6 +102,19 @@ private slots:
         QCOMPARE(describe(f->accesses()), QStringList());
     }
 
+    // Nothing shown that nobody read or typed: empty until a read, then what was last read.
+    void showsOnlyWhatWasRead()
+    {
+        QCOMPARE(shownFields(), "            disable");
+        f->click("ExpertWriteButton");
+        QCOMPARE(describe(f->accesses()), QStringList{readOf(MavixSetting::kEepromBase)});
+        MavixSetting readByGeneralTab;
+        readByGeneralTab.ipAddress = "127.0.0.5";
+        f->tab.applyTargetSettingChange(readByGeneralTab);
+        QCOMPARE(shownFields(), "02:00:C0:A8:00:10 127.0.0.5 24 23 4660 1460 1000 60000 5000 "
+                                "2880000 500 500 disable");
+    }
+
     void tabSets_data()
     {
         QTest::addColumn<QString>("titles");
@@ -121,6 +134,19 @@ private slots:
         for (int i = 0; i < tabs->count(); ++i)
             titles << tabs->tabText(i);
         QTEST(titles.join(", "), "titles");
+    }
+
+    // Closing with the cursor in a target field runs no slot on the half-destroyed window.
+    void closingWithTheCursorInATargetField()
+    {
+        auto context = std::make_unique<AppContext>(true, false, 0, true, nullptr, "127.0.0.2");
+        context->mainWindow()->show();
+        QVERIFY(QTest::qWaitForWindowActive(context->mainWindow()));
+        auto *ip = context->mainWindow()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
+        ip->setFocus();
+        QTRY_VERIFY(ip->hasFocus());
+        QTest::keyClick(ip, Qt::Key_4);
+        context.reset(); // a slot running now would crash or assert
     }
 
     void settingsTabsStayInStep()

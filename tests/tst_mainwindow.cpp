@@ -60,9 +60,11 @@ private slots:
         QTest::addRow("host only keeps the ports") << "127.0.0.3" << "127.0.0.3 4660 24" << false;
         QTest::addRow("IPv6 loopback") << "[::1]:5000" << "::1 5000 24" << false;
         QTest::addRow("empty UDP part") << "127.0.0.1::6000" << "127.0.0.1 4660 6000" << false;
-        QTest::addRow("bad host") << "300.0.0.1:5000" << "192.168.10.16 4660 24" << true;
-        QTest::addRow("leading zeros") << "127.000.0.1" << "192.168.10.16 4660 24" << true;
-        QTest::addRow("bad port") << "127.0.0.1:70000" << "192.168.10.16 4660 24" << true;
+        QTest::addRow("bad host stays as typed") << "300.0.0.1:5000" << "300.0.0.1 5000 24" << true;
+        QTest::addRow("leading zeros") << "127.000.0.1" << "127.000.0.1 4660 24" << true;
+        QTest::addRow("bad UDP port keeps the host") << "127.0.0.1:99999" << "127.0.0.1 4660 24" << true;
+        QTest::addRow("bad UDP port keeps the TCP port") << "127.0.0.2:x:6000" << "127.0.0.2 4660 6000" << true;
+        QTest::addRow("bad TCP port keeps the rest") << "127.0.0.2:5000:70000" << "127.0.0.2 5000 24" << true;
         // clang-format on
     }
     void presetTarget()
@@ -74,6 +76,8 @@ private slots:
                   field("GenTargetTCPPortTextarea"),
               "fields");
         QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
+        // Never the factory address in place of the host the user named.
+        QCOMPARE(MavixSetting::current().ipAddress, field("GenTargetIPAddressTextarea"));
     }
     void tabChangeReappliesTarget()
     {

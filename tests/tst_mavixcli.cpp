@@ -3,12 +3,17 @@
 #include "testtable.h"
 
 #include <QCryptographicHash>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 constexpr int kProcessTimeoutMs = 60000;
 constexpr qint64 k64MiB = 64 * 1024 * 1024;
@@ -46,6 +51,12 @@ static std::pair<int, QString> mavix(const QStringList &arguments)
     p.waitForFinished(kProcessTimeoutMs);
     return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
             QString::fromUtf8(p.readAllStandardOutput() + p.readAllStandardError())};
+}
+
+static QByteArray readAll(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
 }
 
 class TestMavixCli : public QObject
@@ -90,6 +101,24 @@ private slots:
         QTest::addRow("gpib set writes with the permission") << "gpib set controller=30" << "--gpib" << 0 << "controller 30" << "FFFE1000=1E000064";
         QTest::addRow("serial send") << "serial send dte hello" << "--rs232c" << 0 << "ZEL-RS232C sending successed" << "";
         QTest::addRow("serial set refuses an unknown value") << "serial set parity=both" << "--rs232c" << 1 << "parity must be one of none, mark, space, odd, even, not both" << "FFFFFF3C=70011878";
+        // Aimed at the device named, or refused as input (exit 1), never a time-out.
+        QTest::addRow("a host name resolves") << "read FFFFFF12 6 --target localhost:%udp:%tcp" << "" << 0 << "02 00 C0 A8 00 10" << "";
+        QTest::addRow("an unknown host is refused input") << "read 0 4 --target no-such-host.invalid" << "" << 1 << "Cannot find the host no-such-host.invalid" << "";
+        QTest::addRow("a port out of range is refused input") << "read 0 4 --target 127.0.0.1:99999" << "" << 1 << "UDP Port number must be 0 to 65535" << "";
+        // Written as typed: hex pairs or contiguous hex; anything else names the bad token.
+        QTest::addRow("contiguous hex") << "write 1000 CAFE BA be" << "" << 0 << "" << "1000=CAFEBABE";
+        QTest::addRow("a colon is a bad token") << "write 1000 AA BB : CC" << "" << 1 << "space: \":\" is not" << "1000=000000";
+        QTest::addRow("an odd-length token") << "write 1000 ABC" << "" << 1 << "\"ABC\" is not" << "1000=0000";
+        QTest::addRow("no data") << "write 1000" << "" << 1 << "No data to write" << "";
+        QTest::addRow("no file after @") << "write 1000 @" << "" << 1 << "No file name after @" << "";
+        QTest::addRow("an empty file") << "write 1000 @/dev/null" << "" << 1 << "/dev/null is empty" << "";
+        QTest::addRow("a FIFO without writer does not block") << "write 1000 @%fifo" << "" << 1 << "is empty" << "";
+        QTest::addRow("the last byte is FFFFFFFF") << "read FFFFFFFF 1" << "" << 0 << "FFFFFFFF : " << "";
+        QTest::addRow("a negative length") << "read 1000 -1" << "" << 1 << "Data length must be 0 to 255" << "";
+        // Files: written into as named, untouched on a failure, a short receive fails.
+        QTest::addRow("recv without a connection keeps the file") << "recv %file --target 127.0.0.1:%udp:1" << "" << 5 << "Fail to connect" << "FILE=6f6c64";
+        QTest::addRow("read --out into a FIFO keeps the FIFO") << "read FFFFFF12 6 --out %fifo" << "" << 0 << "" << "FIFO=0200c0a80010";
+        QTest::addRow("a short receive is a failure") << "recv %file --bytes 5000" << "--tcp-mode source --source-bytes 1000" << 5 << "Only 1000 of 5000 bytes received" << "FILE=1000";
         // clang-format on
     }
     void commandLines()
@@ -100,10 +129,26 @@ private slots:
         QFETCH(QString, output);
         QFETCH(QString, state);
         Sim sim(fault.split(' ', Qt::SkipEmptyParts));
+        QTemporaryDir dir;
+        const QString file = dir.filePath("f"), fifo = dir.filePath("p");
+        QVERIFY(::mkfifo(QFile::encodeName(fifo).constData(), 0600) == 0);
+        const int reader = ::open(QFile::encodeName(fifo).constData(), O_RDONLY | O_NONBLOCK);
+        QFile old(file);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        command.replace("%udp", sim.udpPort).replace("%tcp", sim.target.section(':', 2));
+        command.replace("%file", file).replace("%fifo", fifo); // a FIFO read here, written by nobody
         const auto [code, said] = mavix(QStringList{"--target", sim.target} + command.split(' '));
         QVERIFY2(said.contains(output), qPrintable(said));
         QCOMPARE(code, exitCode);
-        if (!state.isEmpty())
+        QByteArray inFifo(64, 0);
+        inFifo.resize(std::max<qint64>(0, ::read(reader, inFifo.data(), 64)));
+        ::close(reader);
+        if (state.startsWith("FILE=")) // the file's bytes, or its size
+            QCOMPARE(state == "FILE=1000" ? QByteArray::number(QFileInfo(file).size()) : readAll(file).toHex(), state.mid(5).toLatin1());
+        else if (state.startsWith("FIFO="))
+            QVERIFY(QFileInfo(fifo).exists() && !QFileInfo(fifo).isFile() && inFifo.toHex() == state.mid(5));
+        else if (!state.isEmpty())
             QCOMPARE(sim.registers(state), state.section('=', 1).toLatin1());
     }
     void dumpChangeDiffLoad()
@@ -148,6 +193,49 @@ private slots:
         QCOMPARE(mavix({"--target", sink.target, "send", data.fileName()}).first, 0);
         QTRY_VERIFY(sink.process.peek(4096).contains(expected.toHex()));
         QVERIFY(sink.process.peek(4096).contains("tcp: 67108864 bytes in"));
+    }
+    // Scripts read these keys: renaming one is a change of interface.
+    void jsonKeys_data()
+    {
+        columns<QString, QString, QString>("command", "fault", "keys");
+        // clang-format off
+        QTest::addRow("read") << "read 1000 2" << "" << "address data length";
+        QTest::addRow("read --out") << "read 1000 2 --out %file" << "" << "address data file length";
+        QTest::addRow("write") << "write 1000 0102" << "" << "address data length";
+        QTest::addRow("settings") << "settings" << "" << "copy ipAddress macAddress tcpCommandPort tcpDataPort tcpKeepAliveBufferEmptyMs tcpKeepAliveBufferNotEmptyMs tcpKeepAliveEnabled tcpMaxSegmentSize tcpReconnectIntervalMs tcpRetransmissionTimerMs tcpTimeoutConnectingMs tcpTimeoutDisconnectMs udpPort";
+        QTest::addRow("recv") << "recv %file --bytes 10" << "--tcp-mode source" << "bytes command elapsedMs file interrupted";
+        QTest::addRow("send") << "send %file" << "--tcp-mode sink" << "bytes command elapsedMs file fileSize interrupted";
+        // clang-format on
+    }
+    void jsonKeys()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, fault);
+        Sim sim(fault.split(' ', Qt::SkipEmptyParts));
+        QTemporaryDir dir;
+        QFile file(dir.filePath("f"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("0123456789") == 10);
+        file.close();
+        QProcess p;
+        p.start(MAVIX_CLI_PATH, QStringList{"--json", "--target", sim.target} +
+                                    command.replace("%file", file.fileName()).split(' '));
+        QVERIFY(p.waitForFinished(kProcessTimeoutMs) && p.exitCode() == 0);
+        QTEST(QJsonDocument::fromJson(p.readAllStandardOutput()).object().keys().join(' '), "keys");
+    }
+    // Ctrl+C ends a register wait at once, with 128 + SIGINT.
+    void ctrlCEndsARegisterWait()
+    {
+        Sim slow({"--delay", "5000"});
+        QProcess process;
+        process.start(MAVIX_CLI_PATH, {"--target", slow.target, "read", "0", "4"});
+        QVERIFY(process.waitForStarted());
+        QTest::qWait(300);
+        QElapsedTimer clock;
+        clock.start();
+        ::kill(pid_t(process.processId()), SIGINT);
+        QVERIFY(process.waitForFinished(kProcessTimeoutMs));
+        QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(process.exitCode(), 130);
     }
     void ctrlCEndsAReceiveCleanly()
     {

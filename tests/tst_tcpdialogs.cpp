@@ -123,10 +123,19 @@ private slots:
         click(dialog, "SendButton");
         QTRY_VERIFY(!enabled(m_tab, "TCPSendOptionGroupBox"));
         QTRY_VERIFY_WITH_TIMEOUT(m_rig.reports->results.size() == 2, kTransferTimeoutMs);
-        QVERIFY(enabled(m_tab, "TCPSendOptionGroupBox") && bar->value() == -1); // reset at the end
+        QVERIFY(enabled(m_tab, "TCPSendOptionGroupBox") && bar->value() == 4194304); // stays full
         QCOMPARE(barValues.last().at(0).toInt(), 4194304);
         QCOMPARE(text(dialog, "SizeTextarea") + text(dialog, "FileLabel"),
                  "4.1943Sending " + m_rig.dir.filePath("send.bin"));
+        // The next run starts from zero, and its figures move within a second although the
+        // device takes nothing.
+        m_rig.port->setStuck(true);
+        click(dialog, "SendButton");
+        QCOMPARE(text(dialog, "SizeTextarea") + ' ' + text(dialog, "RateTextarea"), "0 0");
+        QTRY_VERIFY(enabled(dialog, "StopButton"));
+        QTRY_VERIFY_WITH_TIMEOUT(text(dialog, "TimeTextarea").toDouble() >= 0.5, 2000);
+        click(dialog, "StopButton");
+        QTRY_VERIFY_WITH_TIMEOUT(enabled(dialog, "SendButton"), 3000);
     }
     // Stop reaches the send loop within 100 ms although the device takes nothing; a second stop
     // reports nothing more, no time-out follows, and the unsent bytes are dropped, not waited for.
@@ -150,6 +159,10 @@ private slots:
         static const QRegularExpression loss(
             "^loss [1-9][0-9]* / 32000000 bytes \\([1-9][0-9.]*%\\)$");
         QVERIFY(m_rig.reports->errors.join('|').contains(loss));
+        // A stopped run is not announced as finished; its loss agrees with its Send Size.
+        QVERIFY(!m_rig.reports->results.contains("Sending finished"));
+        const qint64 lost = m_rig.reports->errors.last().section(' ', 1, 1).toLongLong();
+        QCOMPARE(QString::number((32000000 - lost) / 1e6, 'g', 6), text(dialog, "SizeTextarea"));
         QVERIFY(m_rig.port->totals().bytes < 32000000);
     }
     // Typing says nothing and touches no file; the name is checked once editing is finished.

@@ -26,7 +26,7 @@ private slots:
         const char *pastEnd = "Accessible range is 0x0 to 0xffffffff";
         const char *top = "Writing in domain after 0xFFFF0000 is not permitted";
         const char *end = "Writing in domain after 0xFFFFFFFF is not permitted";
-        const char *notHex = "Written data is specified in hex number with a space";
+        const QString notHex = "Written data is specified in hex number with a space";
         const bool w = true, x = true;
         row("read 255 bytes ending at the last address", !w, !x, "", "FFFFFF00", "255", "", "read ffffff00 255");
         row("read 255 bytes one past the end", !w, x, "", "FFFFFF01", "255", "", pastEnd);
@@ -42,9 +42,9 @@ private slots:
         row("two lines", w, !x, "", "1000", "3", "01 02\n03", "write 00001000 3 [010203]");
         row("a line as printed with its address", w, !x, "", "1000", "3", "00000010 : 01 02 03", "write 00001000 3 [010203]");
         row("one and two digits, either case", w, !x, "", "1000", "3", "0a A fF", "write 00001000 3 [0a0aff]");
-        row("three digits", w, !x, "", "1000", "1", "100", notHex);
-        row("a colon stuck to the address", w, !x, "", "1000", "1", "00000010: 01", notHex);
-        row("fewer bytes than the length", w, !x, "", "1000", "3", "01 02", "Written data length does not match");
+        row("three digits", w, !x, "", "1000", "1", "100", notHex + ": \"100\" is not a hexadecimal byte");
+        row("a colon stuck to the address", w, !x, "", "1000", "1", "00000010: 01", notHex + ": \"00000010:\" is not a hexadecimal byte");
+        row("fewer bytes than the length", w, !x, "", "1000", "3", "01 02", "Written data length does not match (2 bytes typed, Data Length 3)");
         row("silent device on a write", w, !x, "drop", "1000", "2", "12 34", "UDP writing is timeout");
         row("read not sent", !w, !x, "port 0", "1000", "2", "12 34", "UDP read is timeout (The request could not be sent: Unable to send a message)");
         // clang-format on

@@ -47,6 +47,12 @@ class tst_ZelGpib : public QObject
                 m_gpib->setFault(fault, request);
             else if (name == "clear")
                 m_gpib->clearUnits();
+            else if (name == "esc") // pressed while the next step waits
+                QTimer::singleShot(50, m_context->mainWindow(), [this] {
+                    QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget()
+                                                                : m_context->mainWindow(),
+                                    Qt::Key_Escape);
+                });
             else if (name.startsWith(u'?'))
                 m_seen << (!seen->isEnabled()            ? "off"
                            : seen->inherits("QTextEdit") ? seen->property("plainText").toString()
@@ -103,6 +109,14 @@ private slots:
         QTest::addRow("connected anew, addressed anew") << kEchoHoldsAB + "delimiter=0 MaxReceiveLength=1 ReceiveButton ConnectButton ConnectButton MaxReceiveLength=0 ReceiveButton ?ReceivedData" << kFromEcho + "3000 " + reads.chopped(5) << "41\n42 0d 0a" << "";
     }
     void receiveEndings() { playRow(); }
+
+    void receivedBytesAreText_data()
+    {
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
+        QTest::addRow("markup stays text") << kSendTo2 + "a<b>x</b> SendButton clear ReceiveButton ?ReceivedData" << kFromEcho + QStringList(11, "3000").join(' ') << "a<b>x</b>" << "";
+        QTest::addRow("Esc gives the wait up") << "fault=no-reply:3 " + kSendTo2 + "A esc SendButton" << "5038 403f 4040" << "" << "GPIB timeout (The wait for the reply was given up)";
+    }
+    void receivedBytesAreText() { playRow(); }
 
     void failureDisconnects_data()
     {

@@ -115,6 +115,9 @@ MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslat
 
 MainWindow::~MainWindow()
 {
+    // The tabs outlive this body: a field losing the focus as they go must not reach this window.
+    for (QObject *child : findChildren<QObject *>())
+        disconnect(child, nullptr, this, nullptr);
     if (reportTarget() == this)
         setReportTarget(nullptr);
     delete m_ui;
@@ -223,23 +226,30 @@ void MainWindow::removeTabsOfOtherModes()
 }
 
 // "-target:HOST[:UDPPORT[:TCPPORT]]" fills the General tab's target fields before the first apply.
-// Any invalid part is reported and the fields are left as they were.
+// Every valid part is kept and every invalid one reported. An invalid host stays in its field, as
+// typed, so that Read and Connect are refused until it is corrected: the tool never falls back to
+// the factory address for a device the user named.
 void MainWindow::applyPresetTarget(const QString &presetTarget)
 {
     if (presetTarget.isEmpty())
         return;
-    const TargetParts parts = splitTarget(presetTarget);
-    QStringList problems;
-    if (checkTargetAddress(parts.host) != AddressProblem::None)
-        problems << tr("IP address is invalid");
-    if (!parts.udpPort.isEmpty() && !parsePort(parts.udpPort))
-        problems << tr("UDP Port number must be 0 to 65535");
-    if (!parts.tcpPort.isEmpty() && !parsePort(parts.tcpPort))
-        problems << tr("TCP Port number must be 0 to 65535");
-    if (!problems.isEmpty()) {
-        for (const QString &problem : problems)
-            reportError(tr("-target:%1 is ignored: %2").arg(presetTarget, problem));
-        return;
+    TargetParts parts = splitTarget(presetTarget);
+    const auto refuse = [&presetTarget](const QString &problem) {
+        reportError(tr("-target:%1 is ignored: %2").arg(presetTarget, problem));
+    };
+    if (!parts.udpPort.isEmpty() && !parsePort(parts.udpPort)) {
+        refuse(tr("UDP Port number must be 0 to 65535"));
+        parts.udpPort.clear();
+    }
+    if (!parts.tcpPort.isEmpty() && !parsePort(parts.tcpPort)) {
+        refuse(tr("TCP Port number must be 0 to 65535"));
+        parts.tcpPort.clear();
+    }
+    if (!parts.host.isEmpty() && checkTargetAddress(parts.host) != AddressProblem::None) {
+        refuse(tr("IP address is invalid"));
+        MavixSetting unusable = MavixSetting::current();
+        unusable.ipAddress = parts.host;
+        MavixSetting::setCurrent(unusable);
     }
     generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
     if (m_expertTab)

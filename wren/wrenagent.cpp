@@ -3,6 +3,7 @@
 #include "app/accessgate.h"
 #include "app/log.h"
 #include "wren/wrenpacket.h"
+#include "wren/wrenreport.h"
 
 #include <QDeadlineTimer>
 #include <QPointer>
@@ -138,7 +139,7 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
         const AccessGate::WaitResult result =
             m_gate->waitFor(socket.data(), &QUdpSocket::readyRead, int(leftMs), pending);
         if (result == AccessGate::WaitResult::Aborted)
-            failTimeout(request, tr("The wait for the reply was given up"));
+            failTimeout(request, givenUpText());
     }
     const qsizetype count = discarded.size();
     discarded.removeDuplicates();

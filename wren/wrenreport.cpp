@@ -20,3 +20,8 @@ void reportWrenError(const WrenError &error, const QString &timeoutMessage)
 {
     reportError(wrenErrorText(error, timeoutMessage));
 }
+
+QString givenUpText()
+{
+    return QCoreApplication::translate("WrenAgent", "The wait for the reply was given up");
+}

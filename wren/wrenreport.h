@@ -12,3 +12,5 @@ struct WrenError;
 
 // Reports wrenErrorText() through reportError().
 void reportWrenError(const WrenError &error, const QString &timeoutMessage);
+// The reason given when the user gives up a wait (Esc), in every tab the same.
+[[nodiscard]] QString givenUpText();

@@ -391,6 +391,10 @@
         <source>settings, set, send, recv or monitor.</source>
         <translation>settings、set、send、recv、monitor のいずれか。</translation>
     </message>
+    <message>
+        <source>Cannot find the host %1: %2</source>
+        <translation>ホスト %1 が見つかりません: %2</translation>
+    </message>
 </context>
 <context>
     <name>ExpertTab</name>
@@ -1044,6 +1048,18 @@
     <message>
         <source>--interval must be a whole number of milliseconds from 1, not %1</source>
         <translation>--interval には 1 以上のミリ秒を整数で指定してください (指定値: %1)</translation>
+    </message>
+    <message>
+        <source>No data to write: give hex bytes or @FILE</source>
+        <translation>書き込むデータがありません: 16 進のバイトか @ファイル を指定してください</translation>
+    </message>
+    <message>
+        <source>No file name after @</source>
+        <translation>@ の後にファイル名がありません</translation>
+    </message>
+    <message>
+        <source>No data to write: %1 is empty</source>
+        <translation>書き込むデータがありません: %1 は空です</translation>
     </message>
 </context>
 <context>
@@ -1760,6 +1776,10 @@ Dialog</source>
         <source>%1 of %2 bytes sent from %3 in %4 s (%5 MB/s)</source>
         <translation>%3 の %2 バイトのうち %1 バイトを %4 秒で送信しました (%5 MB/s)</translation>
     </message>
+    <message>
+        <source>Only %1 of %2 bytes received</source>
+        <translation>%2 バイト中 %1 バイトしか受信できませんでした</translation>
+    </message>
 </context>
 <context>
     <name>UDPTab</name>
@@ -1842,6 +1862,14 @@ Dialog</source>
     <message>
         <source>UDP writing successed</source>
         <translation>UDP で書き込みました</translation>
+    </message>
+    <message>
+        <source> (%1 bytes typed, Data Length %2)</source>
+        <translation> (入力 %1 バイト、データ長 %2)</translation>
+    </message>
+    <message>
+        <source>: &quot;%1&quot; is not a hexadecimal byte</source>
+        <translation>: &quot;%1&quot; は 16 進のバイトではありません</translation>
     </message>
 </context>
 <context>
