@@ -33,6 +33,8 @@ int exitCodeOf(GpibBus::Failure failure)
         return ExitCode::kBusError;
     case GpibBus::Failure::BadReply:
         return ExitCode::kBadReply;
+    case GpibBus::Failure::Aborted: // Ctrl+C
+        return ExitCode::kInterrupted;
     case GpibBus::Failure::Other:
         break;
     }
