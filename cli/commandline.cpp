@@ -329,12 +329,18 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
     parser.addPositionalArgument(command.name, QString(), command.name);
     for (const QStringList &argument : command.positional)
         parser.addPositionalArgument(argument.value(0), argument.value(1), argument.value(2));
-    // "-1" is a (negative) number for the command's checks to refuse, not an option.
+    // "-1" is a (negative) number for the command's checks to refuse, not an option. After an
+    // option name it is that option's value and stays as typed, so its own check names it.
     static const QRegularExpression negativeNumber(QStringLiteral("^-[0-9]"));
     QStringList protectedArguments = arguments;
-    for (QString &argument : protectedArguments)
-        if (argument.contains(negativeNumber))
-            argument.prepend(kNumberMark);
+    for (qsizetype i = 1; i < protectedArguments.size(); ++i) {
+        const QString &before = arguments.at(i - 1);
+        const bool optionValue = before.startsWith(QLatin1Char('-')) &&
+                                 !before.contains(negativeNumber) &&
+                                 !before.contains(QLatin1Char('='));
+        if (!optionValue && protectedArguments.at(i).contains(negativeNumber))
+            protectedArguments[i].prepend(kNumberMark);
+    }
     if (!parser.parse(protectedArguments)) {
         console.message(parser.errorText());
         return ExitCode::kRefusedInput;

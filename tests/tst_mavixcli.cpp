@@ -115,6 +115,7 @@ private slots:
         QTest::addRow("a FIFO without writer does not block") << "write 1000 @%fifo" << "" << 1 << "is empty" << "";
         QTest::addRow("the last byte is FFFFFFFF") << "read FFFFFFFF 1" << "" << 0 << "FFFFFFFF : " << "";
         QTest::addRow("a negative length") << "read 1000 -1" << "" << 1 << "Data length must be 0 to 255" << "";
+        QTest::addRow("a negative option value is shown as typed") << "read 0 4 --timeout -5" << "" << 1 << "from 1, not -5\n" << "";
         // Files: written into as named, untouched on a failure, a short receive fails.
         QTest::addRow("recv without a connection keeps the file") << "recv %file --target 127.0.0.1:%udp:1" << "" << 5 << "Fail to connect" << "FILE=6f6c64";
         QTest::addRow("read --out into a FIFO keeps the FIFO") << "read FFFFFF12 6 --out %fifo" << "" << 0 << "" << "FIFO=0200c0a80010";
