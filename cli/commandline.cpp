@@ -398,8 +398,8 @@ QString CommandLine::globalValue(const QString &name, const QCommandLineParser &
 // Empty when the name does not resolve (the reason is reported).
 QString CommandLine::resolveHost(const QString &host, Console &console) const
 {
-    if (host.isEmpty() || !QHostAddress(host).isNull() ||
-        host.contains(QRegularExpression(QStringLiteral("^[0-9.]+$|:"))))
+    static const QRegularExpression addressLike(QStringLiteral("^[0-9.]+$|:"));
+    if (host.isEmpty() || !QHostAddress(host).isNull() || host.contains(addressLike))
         return host; // an address, or what the General tab's checks will refuse
     const QHostInfo info = QHostInfo::fromName(host);
     QList<QHostAddress> addresses = info.addresses();
