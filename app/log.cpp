@@ -16,6 +16,11 @@ namespace {
 constexpr qint64 kRotateAboveBytes = 10485760;
 constexpr int kRotatedFiles = 10;
 constexpr int kFormatBufferBytes = 8192;
+// Lines from one call site in a row that are written in full; the rest are counted, and the count
+// is written when another site logs (or every kRepeatSummaryEvery lines, or at closing), so that a
+// flood of alike events cannot fill the disk.
+constexpr int kRepeatsWritten = 20;
+constexpr qint64 kRepeatSummaryEvery = 100000;
 
 struct LogState
 {
@@ -24,6 +29,14 @@ struct LogState
     std::atomic<int> threshold{0};
     qint64 nextBlock = 1;
     std::map<quint64, std::set<qint64>> openBlocks;
+    QString path;
+    qint64 rotateAboveBytes = kRotateAboveBytes;
+    // The current run of lines from one call site.
+    QByteArray site;
+    QByteArray siteWord, siteFile;
+    unsigned siteLine = 0;
+    int siteRun = 0;
+    qint64 suppressed = 0;
 };
 
 LogState &state()
@@ -55,15 +68,56 @@ QByteArray buildLine(const char *word, const char *file, unsigned line, const QB
     return out;
 }
 
-void writeLine(const QByteArray &line)
+void rotate(const QString &path);
+
+// Called with the mutex held.
+void writeRaw(LogState &s, const QByteArray &line)
 {
-    LogState &s = state();
-    QMutexLocker lock(&s.mutex);
     FILE *f = s.file.load();
     if (!f)
         return;
     std::fwrite(line.constData(), 1, size_t(line.size()), f);
     std::fflush(f);
+    // Rotated while running too: a long session never grows one file without end.
+    if (s.path.isEmpty() || std::ftell(f) <= s.rotateAboveBytes)
+        return;
+    std::fclose(f);
+    rotate(s.path);
+    s.file = std::fopen(QFile::encodeName(s.path).constData(), "a");
+}
+
+void writeRepeatSummary(LogState &s)
+{
+    if (s.suppressed == 0)
+        return;
+    const QByteArray text = QByteArrayLiteral("\xe2\x80\xa6 ") + QByteArray::number(s.suppressed) +
+                            QByteArrayLiteral(" more like this");
+    s.suppressed = 0;
+    writeRaw(s, buildLine(s.siteWord.constData(), s.siteFile.constData(), s.siteLine, text));
+}
+
+void writeLine(const char *word, const char *file, unsigned line, const QByteArray &text)
+{
+    LogState &s = state();
+    QMutexLocker lock(&s.mutex);
+    if (!s.file.load())
+        return;
+    const QByteArray site = QByteArray(file) + ':' + QByteArray::number(line) + ':' + word;
+    if (site == s.site) {
+        if (++s.siteRun > kRepeatsWritten) {
+            if (++s.suppressed >= kRepeatSummaryEvery)
+                writeRepeatSummary(s);
+            return;
+        }
+    } else {
+        writeRepeatSummary(s);
+        s.site = site;
+        s.siteWord = word;
+        s.siteFile = file;
+        s.siteLine = line;
+        s.siteRun = 1;
+    }
+    writeRaw(s, buildLine(word, file, line, text));
 }
 
 QString numberedName(const QString &path, int n)
@@ -96,19 +150,32 @@ bool logOpen(const QString &path, int threshold)
     // The separator stays in the stream's buffer, so the size asked for next is that of the
     // previous runs alone; when rotating, closing puts it at the end of the old file.
     std::fputs("\n\n", f);
-    if (QFile(path).size() > kRotateAboveBytes) {
+    if (QFile(path).size() > s.rotateAboveBytes) {
         std::fclose(f);
         rotate(path);
         f = std::fopen(native.constData(), "a");
     }
     s.file = f;
+    s.path = path;
+    s.site.clear();
+    s.siteRun = 0;
+    s.suppressed = 0;
     return f != nullptr;
+}
+
+void logSetRotateAboveBytes(qint64 bytes)
+{
+    LogState &s = state();
+    QMutexLocker lock(&s.mutex);
+    s.rotateAboveBytes = bytes;
 }
 
 void logClose()
 {
     LogState &s = state();
     QMutexLocker lock(&s.mutex);
+    writeRepeatSummary(s);
+    s.site.clear();
     if (FILE *f = s.file.exchange(nullptr))
         std::fclose(f);
 }
@@ -124,7 +191,7 @@ void logWrite(int level, const char *word, const char *file, unsigned line, cons
 {
     if (!logEnabled(level))
         return;
-    writeLine(buildLine(word, file, line, text));
+    writeLine(word, file, line, text);
 }
 
 void logWrite(int level, const char *word, const char *file, unsigned line, const QString &text)

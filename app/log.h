@@ -1,4 +1,5 @@
-// Process-wide text log: one line per call, flushed at once, rotated when opened.
+// Process-wide text log: one line per call, flushed at once, rotated when opened and when full;
+// a run of lines from one call site is cut short and summarised.
 #pragma once
 
 #include <QByteArray>
@@ -15,6 +16,8 @@ enum LogLevel : int {
 // Life cycle
 bool logOpen(const QString &path, int threshold); // false: the log stays off
 void logClose();
+// Size above which the file is rotated, at opening and while running (default 10 MiB).
+void logSetRotateAboveBytes(qint64 bytes);
 [[nodiscard]] bool logEnabled(int level);
 
 // Writing. `file` is the caller's source file base name, `line` the line of the call.

@@ -67,6 +67,30 @@ private slots:
         const QByteArray line = lines(QStringLiteral("cut.log")).value(0);
         QCOMPARE(line.size() - line.indexOf("] ") - 2, 8191);
     }
+    // A flood from one call site is cut short and counted; the file rotates at its limit while
+    // the program runs.
+    void floodSummarisedAndRotatedWhileRunning()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("f.log");
+        logSetRotateAboveBytes(4096);
+        QVERIFY(logOpen(path, 0));
+        for (int i = 0; i < 1000; ++i)
+            logWrite(LOG_ERR, "ERR", "flood.cpp", 1, QByteArray::number(i));
+        logWrite(LOG_INFO, "INFO", "other.cpp", 2, "after");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
+        QCOMPARE(lines.size(), 22);
+        QVERIFY(lines.at(19).endsWith("[ ERR] 19"));
+        QVERIFY(lines.at(20).endsWith("[ ERR] \xe2\x80\xa6 980 more like this"));
+        for (int site = 0; site < 60; ++site) // 60 lines of some 70 bytes
+            logWrite(LOG_INFO, "INFO", "many.cpp", unsigned(site), "x");
+        QVERIFY(QFileInfo(dir.filePath("f.1.log")).size() > 4096);
+        QVERIFY(QFileInfo(path).size() < 4096);
+        logClose();
+        logSetRotateAboveBytes(10485760);
+    }
     // The file's name and size before opening, and the size of its first rotated copy (-1: none).
     void rotationAtOpening_data()
     {
