@@ -5,6 +5,8 @@
 #include "wren/wrenerror.h"
 #include "wren/wrenreport.h"
 
+#include <QCommandLineParser>
+
 int CommandContext::accessFailed(const WrenError &error, const QString &timeoutText) const
 {
     reportWrenError(error, timeoutText);
@@ -15,4 +17,19 @@ int CommandContext::refuse(const QString &text, int exitCode) const
 {
     reportError(text);
     return exitCode;
+}
+
+bool CommandContext::maxLength(qint64 *length) const
+{
+    *length = 0;
+    if (!parser->isSet(QStringLiteral("max")))
+        return true;
+    bool ok = false;
+    *length = parser->value(QStringLiteral("max")).toLongLong(&ok);
+    if (ok && *length >= 1)
+        return true;
+    refuse(tr("--max must be a whole number of bytes from 1, not %1")
+               .arg(parser->value(QStringLiteral("max"))),
+           0);
+    return false;
 }

@@ -27,4 +27,6 @@ public:
     int accessFailed(const WrenError &error, const QString &timeoutText) const;
     // Reports `text` as an error and returns `exitCode`.
     int refuse(const QString &text, int exitCode) const;
+    // The value of --max (0 when not given); refuses anything but a whole number from 1.
+    [[nodiscard]] bool maxLength(qint64 *length) const;
 };

@@ -151,14 +151,8 @@ int GpibCommand::run(const CommandContext &context)
             ExitCode::kRefusedInput);
     const QByteArray delimiter = GpibBus::delimiterBytes(int(delimiters().indexOf(delimiterName)));
     qint64 maxLength = 0;
-    if (parser.isSet(QStringLiteral("max"))) {
-        bool ok = false;
-        maxLength = parser.value(QStringLiteral("max")).toLongLong(&ok);
-        if (!ok || maxLength < 1)
-            return context.refuse(tr("--max must be a whole number of bytes from 1, not %1")
-                                      .arg(parser.value(QStringLiteral("max"))),
-                                  ExitCode::kRefusedInput);
-    }
+    if (!context.maxLength(&maxLength))
+        return ExitCode::kRefusedInput;
     const QByteArray message = context.arguments.value(2).toUtf8();
     if (action != QLatin1String("recv") && action != QLatin1String("clear") && message.isEmpty())
         return context.refuse(QCoreApplication::translate("ZELGPIBTab", "GPIB command is empty"),

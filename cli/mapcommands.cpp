@@ -75,6 +75,20 @@ QString targetValue(const RegisterCatalog &catalog, const RegisterTarget &target
                             : RegisterValue::format(reg.fields.at(target.field), raw);
 }
 
+// The maps, then the snapshot file named by the first argument, read against them.
+std::optional<SnapshotValues> loadSnapshot(const CommandContext &context, RegisterCatalog &catalog,
+                                           int *exitCode)
+{
+    if (!loadMaps(context, catalog, exitCode))
+        return std::nullopt;
+    SnapshotResult snapshot = RegisterSnapshot::load(catalog, context.arguments.value(0));
+    if (const MapError *failure = std::get_if<MapError>(&snapshot)) {
+        *exitCode = context.refuse(failure->text(), ExitCode::kRefusedInput);
+        return std::nullopt;
+    }
+    return std::get<SnapshotValues>(std::move(snapshot));
+}
+
 // Reads `entries`; on a failed access reports it and returns nothing.
 std::optional<QHash<int, quint64>> readEntries(const CommandContext &context,
                                                const RegisterCatalog &catalog,
@@ -311,12 +325,10 @@ int MapCommands::diff(const CommandContext &context)
 {
     RegisterCatalog catalog;
     int exitCode = ExitCode::kSuccess;
-    if (!loadMaps(context, catalog, &exitCode))
+    const std::optional<SnapshotValues> snapshot = loadSnapshot(context, catalog, &exitCode);
+    if (!snapshot)
         return exitCode;
-    const SnapshotResult snapshot = RegisterSnapshot::load(catalog, context.arguments.value(0));
-    if (const MapError *failure = std::get_if<MapError>(&snapshot))
-        return context.refuse(failure->text(), ExitCode::kRefusedInput);
-    const SnapshotValues &saved = std::get<SnapshotValues>(snapshot);
+    const SnapshotValues &saved = *snapshot;
     QList<int> entries = saved.keys();
     std::sort(entries.begin(), entries.end());
     const std::optional<QHash<int, quint64>> now =
@@ -357,15 +369,13 @@ int MapCommands::load(const CommandContext &context)
 {
     RegisterCatalog catalog;
     int exitCode = ExitCode::kSuccess;
-    if (!loadMaps(context, catalog, &exitCode))
+    const std::optional<SnapshotValues> snapshot = loadSnapshot(context, catalog, &exitCode);
+    if (!snapshot)
         return exitCode;
-    const SnapshotResult snapshot = RegisterSnapshot::load(catalog, context.arguments.value(0));
-    if (const MapError *failure = std::get_if<MapError>(&snapshot))
-        return context.refuse(failure->text(), ExitCode::kRefusedInput);
     // Registers the device does not let us write are left out.
     QHash<int, quint64> values;
     QList<FieldWrite> writes;
-    const SnapshotValues &saved = std::get<SnapshotValues>(snapshot);
+    const SnapshotValues &saved = *snapshot;
     for (auto it = saved.cbegin(); it != saved.cend(); ++it)
         if (RegisterMap::writable(catalog.entry(it.key()).reg.access)) {
             values.insert(it.key(), it.value());

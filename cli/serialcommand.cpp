@@ -244,14 +244,8 @@ int SerialCommand::data(const CommandContext &context, const QString &action)
             ExitCode::kRefusedInput);
     const QCommandLineParser &parser = *context.parser;
     qint64 maxLength = 0;
-    if (parser.isSet(QStringLiteral("max"))) {
-        bool ok = false;
-        maxLength = parser.value(QStringLiteral("max")).toLongLong(&ok);
-        if (!ok || maxLength < 1)
-            return context.refuse(tr("--max must be a whole number of bytes from 1, not %1")
-                                      .arg(parser.value(QStringLiteral("max"))),
-                                  ExitCode::kRefusedInput);
-    }
+    if (!context.maxLength(&maxLength))
+        return ExitCode::kRefusedInput;
     // TEXT, @FILE or - (standard input), sent as they are.
     QByteArray bytes;
     if (action == QLatin1String("send")) {

@@ -17,29 +17,15 @@
 #include <QtNetwork>
 #include <QtTest>
 
+#include "terminal.h"
+
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int kWaitMs = 5000; // only waited out when something is broken
-
-struct Terminal
-{
-    explicit Terminal(quint16 port)
-    {
-        QObject::connect(&socket, &QTcpSocket::readyRead, &socket,
-                         [this] { got += socket.readAll(); });
-        socket.connectToHost(QHostAddress::LocalHost, port);
-    }
-    bool waitFor(qsizetype size)
-    {
-        return QTest::qWaitFor([&] { return got.size() >= size; }, kWaitMs);
-    }
-    QTcpSocket socket;
-    QByteArray got;
-};
+constexpr int kWaitMs = Terminal::kWaitMs;
 
 qint64 residentKiB()
 {

@@ -28,6 +28,13 @@
     </message>
 </context>
 <context>
+    <name>CommandContext</name>
+    <message>
+        <source>--max must be a whole number of bytes from 1, not %1</source>
+        <translation>--max は 1 以上の整数のバイト数で指定してください (%1 は不可)</translation>
+    </message>
+</context>
+<context>
     <name>CommandInterpreter</name>
     <message>
         <source>Server mode, undefined command</source>
@@ -252,6 +259,54 @@
         <source>Write without asking.</source>
         <translation>確認せずに書き込みます。</translation>
     </message>
+    <message>
+        <source>Drive the ZEL-GPIB bridge module on the TCP data port: show or change its settings (keys: controller, timeout-ms), send TEXT to the instrument at GPIB address ADDR, receive its answer, query (send, then receive), or clear the bus (Interface Clear). The answer goes to standard output.</source>
+        <translation>TCP データポート上の ZEL-GPIB ブリッジモジュールを操作します: 設定の表示・変更 (キー: controller, timeout-ms)、GPIB アドレス ADDR の測定器への TEXT の送信、その応答の受信、問い合わせ (送信してから受信)、バスのクリア (インターフェースクリア)。応答は標準出力に出力します。</translation>
+    </message>
+    <message>
+        <source>What ends a message sent and an answer received: crlf (default), cr, lf or none (the END signal alone).</source>
+        <translation>送信するメッセージと受信する応答の終わり: crlf (既定)、cr、lf、none (END 信号のみ)。</translation>
+    </message>
+    <message>
+        <source>Stop receiving after N bytes (default: END, the delimiter or 1 MiB).</source>
+        <translation>N バイトで受信を終えます (既定: END、デリミタ、または 1 MiB)。</translation>
+    </message>
+    <message>
+        <source>The module&apos;s own GPIB address (default: read from the module&apos;s settings).</source>
+        <translation>モジュール自身の GPIB アドレス (既定: モジュールの設定から読み出します)。</translation>
+    </message>
+    <message>
+        <source>Print the answer as hex bytes.</source>
+        <translation>応答を 16 進のバイトで出力します。</translation>
+    </message>
+    <message>
+        <source>settings, set, query, send, recv or clear.</source>
+        <translation>settings、set、query、send、recv、clear のいずれか。</translation>
+    </message>
+    <message>
+        <source>Drive the ZEL-RS232C serial bridge module: show or change its format, flow control, lines and ports (keys: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd), send to a connector (TEXT, the bytes of FILE, or standard input), receive what it delivered, or print what arrives until Ctrl+C.</source>
+        <translation>ZEL-RS232C シリアルブリッジモジュールを操作します: 通信形式、フロー制御、信号線、ポートの表示・変更 (キー: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd)、コネクタへの送信 (TEXT、FILE の内容、または標準入力)、届いたデータの受信、Ctrl+C まで届くデータの出力。</translation>
+    </message>
+    <message>
+        <source>Read or write the EEPROM copy of the settings instead of the running copy.</source>
+        <translation>動作中の設定ではなく EEPROM の設定を読み書きします。</translation>
+    </message>
+    <message>
+        <source>Receive at most N bytes (default: what has arrived, up to 1 MiB).</source>
+        <translation>最大 N バイトを受信します (既定: 届いている分、最大 1 MiB)。</translation>
+    </message>
+    <message>
+        <source>Print what arrives as hex bytes.</source>
+        <translation>届いたデータを 16 進のバイトで出力します。</translation>
+    </message>
+    <message>
+        <source>settings, set, send, recv or monitor.</source>
+        <translation>settings、set、send、recv、monitor のいずれか。</translation>
+    </message>
+    <message>
+        <source>Cannot find the host %1: %2</source>
+        <translation>ホスト %1 が見つかりません: %2</translation>
+    </message>
 </context>
 <context>
     <name>DeviceMap</name>
@@ -346,54 +401,6 @@
     <message>
         <source>Bus time-out in units of 10 ms</source>
         <translation>バスタイムアウト (10 ミリ秒単位)</translation>
-    </message>
-    <message>
-        <source>Drive the ZEL-GPIB bridge module on the TCP data port: show or change its settings (keys: controller, timeout-ms), send TEXT to the instrument at GPIB address ADDR, receive its answer, query (send, then receive), or clear the bus (Interface Clear). The answer goes to standard output.</source>
-        <translation>TCP データポート上の ZEL-GPIB ブリッジモジュールを操作します: 設定の表示・変更 (キー: controller, timeout-ms)、GPIB アドレス ADDR の測定器への TEXT の送信、その応答の受信、問い合わせ (送信してから受信)、バスのクリア (インターフェースクリア)。応答は標準出力に出力します。</translation>
-    </message>
-    <message>
-        <source>What ends a message sent and an answer received: crlf (default), cr, lf or none (the END signal alone).</source>
-        <translation>送信するメッセージと受信する応答の終わり: crlf (既定)、cr、lf、none (END 信号のみ)。</translation>
-    </message>
-    <message>
-        <source>Stop receiving after N bytes (default: END, the delimiter or 1 MiB).</source>
-        <translation>N バイトで受信を終えます (既定: END、デリミタ、または 1 MiB)。</translation>
-    </message>
-    <message>
-        <source>The module&apos;s own GPIB address (default: read from the module&apos;s settings).</source>
-        <translation>モジュール自身の GPIB アドレス (既定: モジュールの設定から読み出します)。</translation>
-    </message>
-    <message>
-        <source>Print the answer as hex bytes.</source>
-        <translation>応答を 16 進のバイトで出力します。</translation>
-    </message>
-    <message>
-        <source>settings, set, query, send, recv or clear.</source>
-        <translation>settings、set、query、send、recv、clear のいずれか。</translation>
-    </message>
-    <message>
-        <source>Drive the ZEL-RS232C serial bridge module: show or change its format, flow control, lines and ports (keys: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd), send to a connector (TEXT, the bytes of FILE, or standard input), receive what it delivered, or print what arrives until Ctrl+C.</source>
-        <translation>ZEL-RS232C シリアルブリッジモジュールを操作します: 通信形式、フロー制御、信号線、ポートの表示・変更 (キー: baud, data-bits, stop-bits, parity, dte-flow, dce-flow, dte-wait, dce-wait, dte-port, dce-port, rts, dtr, cts, ri, dsr, cd)、コネクタへの送信 (TEXT、FILE の内容、または標準入力)、届いたデータの受信、Ctrl+C まで届くデータの出力。</translation>
-    </message>
-    <message>
-        <source>Read or write the EEPROM copy of the settings instead of the running copy.</source>
-        <translation>動作中の設定ではなく EEPROM の設定を読み書きします。</translation>
-    </message>
-    <message>
-        <source>Receive at most N bytes (default: what has arrived, up to 1 MiB).</source>
-        <translation>最大 N バイトを受信します (既定: 届いている分、最大 1 MiB)。</translation>
-    </message>
-    <message>
-        <source>Print what arrives as hex bytes.</source>
-        <translation>届いたデータを 16 進のバイトで出力します。</translation>
-    </message>
-    <message>
-        <source>settings, set, send, recv or monitor.</source>
-        <translation>settings、set、send、recv、monitor のいずれか。</translation>
-    </message>
-    <message>
-        <source>Cannot find the host %1: %2</source>
-        <translation>ホスト %1 が見つかりません: %2</translation>
     </message>
 </context>
 <context>
@@ -651,25 +658,6 @@
     </message>
 </context>
 <context>
-    <name>IpxactImport</name>
-    <message>
-        <source>%1 is not a number from 0 to %2</source>
-        <translation>%1 は 0 から %2 までの数値ではありません</translation>
-    </message>
-    <message>
-        <source>Unknown access &quot;%1&quot;</source>
-        <translation>不明なアクセス &quot;%1&quot;</translation>
-    </message>
-    <message>
-        <source>Register size of %1 bits is not whole bytes</source>
-        <translation>レジスタサイズ %1 ビットはバイト単位ではありません</translation>
-    </message>
-    <message>
-        <source>No address block found</source>
-        <translation>アドレスブロックがありません</translation>
-    </message>
-</context>
-<context>
     <name>GpibBridge</name>
     <message>
         <source>Target GPIB address must be 0 to 30</source>
@@ -762,9 +750,24 @@
         <source>--delimiter must be crlf, cr, lf or none, not %1</source>
         <translation>--delimiter は crlf、cr、lf、none のいずれかで指定してください (%1 は不可)</translation>
     </message>
+</context>
+<context>
+    <name>IpxactImport</name>
     <message>
-        <source>--max must be a whole number of bytes from 1, not %1</source>
-        <translation>--max は 1 以上の整数のバイト数で指定してください (%1 は不可)</translation>
+        <source>%1 is not a number from 0 to %2</source>
+        <translation>%1 は 0 から %2 までの数値ではありません</translation>
+    </message>
+    <message>
+        <source>Unknown access &quot;%1&quot;</source>
+        <translation>不明なアクセス &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>Register size of %1 bits is not whole bytes</source>
+        <translation>レジスタサイズ %1 ビットはバイト単位ではありません</translation>
+    </message>
+    <message>
+        <source>No address block found</source>
+        <translation>アドレスブロックがありません</translation>
     </message>
 </context>
 <context>
@@ -1380,10 +1383,6 @@
     <message>
         <source>The connector must be dte or dce, not %1</source>
         <translation>コネクタは dte か dce で指定してください (%1 は不可)</translation>
-    </message>
-    <message>
-        <source>--max must be a whole number of bytes from 1, not %1</source>
-        <translation>--max は 1 以上の整数のバイト数で指定してください (%1 は不可)</translation>
     </message>
     <message>
         <source>File cannot open: %1</source>
