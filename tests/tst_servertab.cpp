@@ -17,12 +17,6 @@
 
 #include <memory>
 
-namespace {
-
-constexpr int kWaitMs = Terminal::kWaitMs;
-
-} // namespace
-
 class TestServerTab : public QObject
 {
     Q_OBJECT
