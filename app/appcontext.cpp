@@ -1,6 +1,7 @@
 #include "app/appcontext.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
 #include "tcp/tcpthread.h"
 #include "ui/mainwindow.h"
@@ -12,10 +13,12 @@ AppContext::AppContext(bool expert, bool serverMode, int uiPort, bool noTranslat
                        QWidget *parent, const QString &presetTarget)
 {
     m_model = new AppModel;
+    m_target = new DeviceTarget;
     m_thread = new QThread;
     m_thread->start(QThread::InheritPriority);
     m_worker = new TCPThread(m_thread);
-    m_mainWindow = new MainWindow(expert, serverMode, uiPort, noTranslation, parent, presetTarget);
+    m_mainWindow = new MainWindow(expert, serverMode, uiPort, noTranslation, parent, presetTarget,
+                                  {m_model, m_worker, m_target});
 }
 
 AppContext::~AppContext()
@@ -29,6 +32,7 @@ AppContext::~AppContext()
     delete m_worker;
     delete m_thread;
     delete m_model;
+    delete m_target;
     LOG_INFO_MSG("application closed");
 }
 

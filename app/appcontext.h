@@ -5,6 +5,7 @@
 #include <QString>
 
 class AppModel;
+class DeviceTarget;
 class MainWindow;
 class QThread;
 class QWidget;
@@ -21,6 +22,9 @@ public:
 
     [[nodiscard]] MainWindow *mainWindow() const { return m_mainWindow; }
     [[nodiscard]] TCPThread *worker() const { return m_worker; }
+    [[nodiscard]] AppModel *model() const { return m_model; }
+    // The device every part of the window talks to.
+    [[nodiscard]] DeviceTarget *target() const { return m_target; }
 
     // Time-outs of the closing sequence
     static constexpr int kSocketCloseWaitMs = 10000;
@@ -31,6 +35,7 @@ private:
     void waitForSocketClose();
 
     AppModel *m_model = nullptr;
+    DeviceTarget *m_target = nullptr;
     MainWindow *m_mainWindow = nullptr;
     QThread *m_thread = nullptr;
     TCPThread *m_worker = nullptr;

@@ -36,18 +36,6 @@ void AppModel::setSendUseHexFile(bool flag)
     m_sendOption.setUseHexFile(flag);
 }
 
-TCPOutputOption *AppModel::currentRecvOption()
-{
-    AppModel *model = instance();
-    return model ? model->recvOption() : nullptr;
-}
-
-TCPOutputOption *AppModel::currentSendOption()
-{
-    AppModel *model = instance();
-    return model ? model->sendOption() : nullptr;
-}
-
 void AppModel::setRecvFileName(const QString &name)
 {
     m_recvOption.setFileName(name);

@@ -1,6 +1,6 @@
 // The application model: the settings of both TCP transfer directions. One instance exists,
-// created first at start-up; the tabs, the dialogs and the transfer worker reach it through
-// instance().
+// created first at start-up and handed to the Data(TCP) tab and its dialogs; instance() serves
+// the top level only.
 #pragma once
 
 #include "tcp/tcpoutputoption.h"
@@ -20,11 +20,6 @@ public:
 
     // The registered instance, or null before it is built and after it is gone.
     [[nodiscard]] static AppModel *instance();
-
-    // The options of the registered instance, or null without one: the one road by which the
-    // transfer worker, the dialogs and the TCP tab reach them.
-    [[nodiscard]] static TCPOutputOption *currentRecvOption();
-    [[nodiscard]] static TCPOutputOption *currentSendOption();
 
     // Transfer options
     [[nodiscard]] TCPOutputOption *recvOption() { return &m_recvOption; }

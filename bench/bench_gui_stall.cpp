@@ -11,8 +11,8 @@
 // those locals, so every connection ends before what it writes to.
 // clazy:excludeall=lambda-in-connect
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/eventdispatcher.h"
-#include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcprecvinfodlg.h"
@@ -161,17 +161,15 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "data port: %s\n", qPrintable(port->errorString()));
         return 1;
     }
-    MavixSetting target;
-    target.ipAddress = QStringLiteral("127.0.0.1");
-    target.tcpDataPort = portNumber;
-    MavixSetting::setCurrent(target);
+    DeviceTarget target;
+    target.set(QStringLiteral("127.0.0.1"), target.udpPort(), portNumber);
 
     QTemporaryDir dir;
     if (!dir.isValid())
         return 1;
     model.recvOption()->setFileName(dir.filePath(QStringLiteral("recording.bin")));
 
-    auto *dialog = new TCPRecvInfoDlg;
+    auto *dialog = new TCPRecvInfoDlg(&model, worker, &target);
     dialog->resize(640, 480);
     dialog->show();
 

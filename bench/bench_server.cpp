@@ -266,10 +266,6 @@ int main(int argc, char *argv[])
         return 1;
     }
     device.sim()->setRecording(false);
-    MavixSetting target;
-    target.ipAddress = QStringLiteral("127.0.0.1");
-    target.udpPort = device.udpPort();
-    MavixSetting::setCurrent(target);
     WrenAgent agent;
     agent.setTarget(QHostAddress(QHostAddress::LocalHost), device.udpPort());
     RCServer server;

@@ -164,14 +164,13 @@ int plainSend(quint16 port, const QString &path, qint64 chunkBytes)
 }
 
 // Runs TCPThread as the program does: on its own thread, driven by queued calls, the options in
-// the application model, the target in the current setting.
+// the application model, the run aimed at the target.
 int toolTransfer(bool receiving, quint16 port, const QString &path)
 {
     AppModel model;
     MavixSetting target;
     target.ipAddress = QStringLiteral("127.0.0.1");
     target.tcpDataPort = port;
-    MavixSetting::setCurrent(target);
     TCPOutputOption *option = receiving ? model.recvOption() : model.sendOption();
     option->setDisplayMode(TCPOutputOption::kDisplayOff);
     option->setUseHexFile(false);

@@ -1,5 +1,6 @@
-// What every command of the tool is given: where to say things, the register-access agent already
-// pointed at the target, the access time-out and the command's own parsed arguments.
+// What every command of the tool is given: where to say things, the device's target and the
+// register-access agent that follows it, the access time-out and the command's own parsed
+// arguments.
 #pragma once
 
 #include <QCoreApplication>
@@ -7,6 +8,7 @@
 #include <QStringList>
 
 class Console;
+class DeviceTarget;
 class QCommandLineParser;
 class WrenAgent;
 struct WrenError;
@@ -17,6 +19,7 @@ struct CommandContext
 
 public:
     Console *console = nullptr;
+    const DeviceTarget *target = nullptr;
     WrenAgent *agent = nullptr;
     int timeoutMs = 0;
     QStringList arguments; // the positional arguments after the command's name

@@ -1,5 +1,6 @@
 #include "cli/commandline.h"
 
+#include "app/devicetarget.h"
 #include "app/startupoptions.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
@@ -377,13 +378,14 @@ int CommandLine::runCommand(const Command &command, const QStringList &arguments
     QString target = globalValue(QStringLiteral("target"), global, parser);
     if (target.isEmpty())
         target = qEnvironmentVariable(kTargetVariable);
-    if (!applyTarget(target, console))
+    DeviceTarget device;
+    if (!applyTarget(target, console, &device))
         return ExitCode::kRefusedInput;
 
     installInterruptExit();
     WrenAgent agent;
-    const MavixSetting current = MavixSetting::current();
-    agent.setTarget(QHostAddress(current.ipAddress), current.udpPort);
+    agent.follow(&device);
+    context.target = &device;
     context.agent = &agent;
     return command.run(context);
 }
@@ -417,7 +419,7 @@ QString CommandLine::resolveHost(const QString &host, Console &console) const
 
 // HOST[:UDP[:TCP]] as the GUI's -target: takes it, or a host name; a part left out keeps the GUI's
 // default. The General tab's five checks decide, with its messages.
-bool CommandLine::applyTarget(const QString &text, Console &console) const
+bool CommandLine::applyTarget(const QString &text, Console &console, DeviceTarget *device) const
 {
     MavixSetting target;
     const TargetParts parts = splitTarget(text);
@@ -434,6 +436,6 @@ bool CommandLine::applyTarget(const QString &text, Console &console) const
     target.ipAddress = ip;
     (void)MavixSetting::parsePort(udpPort, &target.udpPort);
     (void)MavixSetting::parsePort(tcpPort, &target.tcpDataPort);
-    MavixSetting::setCurrent(target);
+    device->set(target.ipAddress, target.udpPort, target.tcpDataPort);
     return true;
 }

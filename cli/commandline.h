@@ -10,6 +10,7 @@
 #include <functional>
 
 class Console;
+class DeviceTarget;
 class QCommandLineParser;
 struct CommandContext;
 
@@ -45,7 +46,8 @@ private:
     [[nodiscard]] QString globalValue(const QString &name, const QCommandLineParser &global,
                                       const QCommandLineParser &local) const;
     [[nodiscard]] QString resolveHost(const QString &host, Console &console) const;
-    [[nodiscard]] bool applyTarget(const QString &text, Console &console) const;
+    [[nodiscard]] bool applyTarget(const QString &text, Console &console,
+                                   DeviceTarget *target) const;
 
     QCommandLineOption m_target;
     QCommandLineOption m_timeout;

@@ -1,11 +1,11 @@
 #include "cli/gpibcommand.h"
 
+#include "app/devicetarget.h"
 #include "app/report.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "modules/gpibbridge.h"
-#include "settings/mavixsetting.h"
 #include "wren/wrenagent.h"
 
 #include <QCommandLineParser>
@@ -158,8 +158,7 @@ int GpibCommand::run(const CommandContext &context)
         return context.refuse(QCoreApplication::translate("ZELGPIBTab", "GPIB command is empty"),
                               ExitCode::kRefusedInput);
 
-    const MavixSetting target = MavixSetting::current();
-    if (!bridge.connectTo(target.ipAddress, target.tcpDataPort))
+    if (!bridge.connectTo(context.target->host(), context.target->tcpPort()))
         return ExitCode::kConnectionOrFile;
     QByteArray data;
     bool done = false;

@@ -1,12 +1,12 @@
 #include "cli/transfercommand.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/signalwatcher.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/streampath.h"
-#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 #include "wren/wrenagent.h"
@@ -144,10 +144,9 @@ bool TransferCommand::prepareFile(AppModel &model)
     return true;
 }
 
-TransferRun TransferCommand::runOf(const TCPOutputOption &option)
+TransferRun TransferCommand::runOf(const TCPOutputOption &option) const
 {
-    const MavixSetting target = MavixSetting::current();
-    return TransferRun::of(option, target.ipAddress, target.tcpDataPort);
+    return TransferRun::of(option, m_context.target->host(), m_context.target->tcpPort());
 }
 
 void TransferCommand::begin()

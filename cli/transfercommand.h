@@ -31,7 +31,7 @@ public:
 private:
     [[nodiscard]] bool readLimits();
     [[nodiscard]] bool prepareFile(AppModel &model);
-    [[nodiscard]] static TransferRun runOf(const TCPOutputOption &option);
+    [[nodiscard]] TransferRun runOf(const TCPOutputOption &option) const;
     void begin();
     void stop();
     void interrupt();

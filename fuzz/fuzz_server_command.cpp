@@ -3,7 +3,6 @@
 // another one; whatever the line, nothing appears beside it.
 #include "fuzzinput.h"
 #include "server/commandinterpreter.h"
-#include "settings/mavixsetting.h"
 #include "sim/simthread.h"
 #include "wren/wrenagent.h"
 
@@ -20,11 +19,6 @@ struct Bench
         if (!simThread.start() || !outside.isValid() || !QDir(outside.path()).mkdir(QLatin1String(kInner)))
             __builtin_trap();
         QDir::setCurrent(outside.path());
-        // The interpreter aims the agent at the program-wide target before each access.
-        MavixSetting target;
-        target.ipAddress = QStringLiteral("127.0.0.1");
-        target.udpPort = simThread.udpPort();
-        MavixSetting::setCurrent(target);
         agent.setTarget(QHostAddress::LocalHost, simThread.udpPort());
         interpreter.setAgent(&agent);
         FileFolder folder;

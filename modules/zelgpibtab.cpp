@@ -1,6 +1,7 @@
 #include "modules/zelgpibtab.h"
 
 #include "app/accessgate.h"
+#include "app/devicetarget.h"
 #include "app/report.h"
 #include "modules/textareafeed.h"
 #include "ui_zelgpibtab.h"
@@ -10,7 +11,6 @@
 
 ZELGPIBTab::ZELGPIBTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::ZELGPIBTab>())
 {
-    MavixSetting::registerMetaType();
     m_ui->setupUi(this);
     m_ui->ZELGPIBReceivedData->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     TextAreaFeed::limit(m_ui->ZELGPIBReceivedData->document());
@@ -33,11 +33,6 @@ void ZELGPIBTab::setWaitTimeoutMs(int ms)
     m_waitTimeoutMs = ms;
     if (m_bridge)
         m_bridge->setWaitTimeoutMs(ms);
-}
-
-void ZELGPIBTab::applyTargetSettingChange(MavixSetting setting)
-{
-    m_target = setting;
 }
 
 // Buttons stay live while another operation waits (the window keeps running): a click then must
@@ -79,10 +74,10 @@ void ZELGPIBTab::writeSetting()
 
 void ZELGPIBTab::toggleConnection()
 {
-    if (!canBeginOperation())
+    if (!canBeginOperation() || !m_target)
         return;
     if (m_ui->ZELGPIBConnectButton->text() == tr("Connect"))
-        announce(m_bridge->connectTo(m_target.ipAddress, m_target.tcpDataPort));
+        announce(m_bridge->connectTo(m_target->host(), m_target->tcpPort()));
     else
         m_bridge->disconnectFromModule();
 }

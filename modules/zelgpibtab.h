@@ -4,7 +4,6 @@
 #pragma once
 
 #include "modules/gpibbridge.h"
-#include "settings/mavixsetting.h"
 
 #include <QWidget>
 
@@ -14,6 +13,7 @@
 namespace Ui {
 class ZELGPIBTab;
 }
+class DeviceTarget;
 class WrenAgent;
 
 class ZELGPIBTab : public QWidget
@@ -26,6 +26,8 @@ public:
 
     // Hands over the shared agent (not owned); the tab is ready from then on.
     void setAgent(WrenAgent *agent);
+    // The program's target (not owned): Connect goes to its host and TCP data port.
+    void setDeviceTarget(const DeviceTarget *target) { m_target = target; }
     // The engine the tab shows; null until the agent is handed over.
     [[nodiscard]] GpibBridge *bridge() const { return m_bridge; }
 
@@ -45,7 +47,6 @@ public slots:
     void receive();
     void sendCommand();
     void maxReceiveLengthCheck();
-    void applyTargetSettingChange(MavixSetting setting);
 
 private:
     [[nodiscard]] bool canBeginOperation() const;
@@ -56,6 +57,6 @@ private:
 
     std::unique_ptr<Ui::ZELGPIBTab> m_ui;
     GpibBridge *m_bridge = nullptr;
-    MavixSetting m_target;
+    const DeviceTarget *m_target = nullptr;
     int m_waitTimeoutMs = GpibBus::kWaitTimeoutMs;
 };

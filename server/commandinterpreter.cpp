@@ -1,11 +1,9 @@
 #include "server/commandinterpreter.h"
 
 #include "app/log.h"
-#include "settings/mavixsetting.h"
 #include "wren/wrenagent.h"
 
 #include <QHash>
-#include <QHostAddress>
 
 #include <algorithm>
 #include <optional>
@@ -136,7 +134,6 @@ CommandInterpreter::Result CommandInterpreter::read(const QStringList &words) co
     try {
         if (!m_agent)
             throw WrenError{WrenError::Timeout, {}};
-        aimAgent();
         data = m_agent->read(address, quint8(length), m_accessTimeoutMs, true);
         // A request that was not sent, or a reply without all the bytes, read nothing usable.
         if (data.size() < length)
@@ -190,7 +187,6 @@ CommandInterpreter::Result CommandInterpreter::write(const QStringList &words) c
     try {
         if (!m_agent)
             throw WrenError{WrenError::Timeout, {}};
-        aimAgent();
         (void)m_agent->write(*address, data, m_accessTimeoutMs, true);
     } catch (const WrenError &error) {
         QByteArray reply;
@@ -242,15 +238,4 @@ QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
         text += "\r\n";
     }
     return text;
-}
-
-void CommandInterpreter::aimAgent() const
-{
-    const MavixSetting target = MavixSetting::current();
-    // Parsed again only when the address text changes: most commands go to the same device.
-    if (target.ipAddress != m_targetText) {
-        m_targetText = target.ipAddress;
-        m_targetAddress = QHostAddress(target.ipAddress);
-    }
-    m_agent->setTarget(m_targetAddress, target.udpPort);
 }

@@ -6,7 +6,6 @@
 
 #include <QByteArray>
 #include <QCoreApplication>
-#include <QHostAddress>
 #include <QString>
 #include <QStringList>
 
@@ -55,11 +54,8 @@ private:
     [[nodiscard]] static Result help(const QStringList &words);
     [[nodiscard]] static Result unknown();
     [[nodiscard]] static Result invalidWrite(Outcome outcome = Outcome::None);
-    void aimAgent() const;
 
     WrenAgent *m_agent = nullptr;
     int m_accessTimeoutMs = 10000;
     FileFolder m_folder;
-    mutable QString m_targetText;
-    mutable QHostAddress m_targetAddress;
 };

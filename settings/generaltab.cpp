@@ -1,13 +1,13 @@
 #include "settings/generaltab.h"
 
 #include "app/accessgate.h"
+#include "app/devicetarget.h"
 #include "app/report.h"
 #include "settings/mavixsettingaccess.h"
 #include "ui_generaltab.h"
 #include "wren/wrenagent.h"
 
 #include <QFontDatabase>
-#include <QHostAddress>
 #include <QMessageBox>
 
 GeneralTab::GeneralTab(QWidget *parent) : GeneralTab(WithoutForm{}, parent)
@@ -51,11 +51,35 @@ void GeneralTab::setAgent(WrenAgent *agent)
     connect(m_access, &MavixSettingAccess::failed, this, &GeneralTab::transmissionFailed);
     connect(m_access, &MavixSettingAccess::succeeded, this, &GeneralTab::transmissionSuccessed);
     m_access->setUdpPortChangeQuestion([this] { return confirmUdpPortChange(); });
+    m_access->setTarget(m_target);
+}
+
+void GeneralTab::setDeviceTarget(DeviceTarget *target)
+{
+    if (m_target)
+        disconnect(m_target, nullptr, this, nullptr);
+    m_target = target;
+    if (m_access)
+        m_access->setTarget(target);
+    if (!target)
+        return;
+    connect(target, &DeviceTarget::changed, this, &GeneralTab::showTarget);
+    showTarget();
 }
 
 bool GeneralTab::isReady() const
 {
-    return m_agent && m_targetIPAddress && m_targetTCPPort && m_targetUDPPort && m_eepromAccess;
+    return m_agent && m_target && m_targetIPAddress && m_targetTCPPort && m_targetUDPPort &&
+           m_eepromAccess;
+}
+
+void GeneralTab::showTarget()
+{
+    if (!m_target || !m_targetIPAddress)
+        return;
+    m_targetIPAddress->setText(m_target->host());
+    m_targetTCPPort->setText(QString::number(m_target->tcpPort()));
+    m_targetUDPPort->setText(QString::number(m_target->udpPort()));
 }
 
 bool GeneralTab::applyTargetFields(bool reportErrors)
@@ -68,36 +92,35 @@ bool GeneralTab::applyTargetFields(bool reportErrors)
     if (!MavixSetting::validateTarget(ip, tcpPort, udpPort, reportErrors))
         return false;
 
-    MavixSetting target = MavixSetting::current();
-    target.ipAddress = ip;
-    (void)MavixSetting::parsePort(tcpPort, &target.tcpDataPort);
-    (void)MavixSetting::parsePort(udpPort, &target.udpPort);
-    MavixSetting::setCurrent(target);
-    m_agent->setTarget(QHostAddress(target.ipAddress), target.udpPort);
+    quint16 tcp = 0;
+    quint16 udp = 0;
+    (void)MavixSetting::parsePort(tcpPort, &tcp);
+    (void)MavixSetting::parsePort(udpPort, &udp);
+    m_target->set(ip, udp, tcp);
     return true;
 }
 
 void GeneralTab::setTargetFields(const QString &ip, const QString &tcpPort, const QString &udpPort)
 {
-    const auto fill = [](QLineEdit *edit, const QString &text) {
-        if (edit && !text.isEmpty())
-            edit->setText(text);
-    };
-    fill(m_targetIPAddress, ip);
-    fill(m_targetTCPPort, tcpPort);
-    fill(m_targetUDPPort, udpPort);
+    if (!m_targetIPAddress)
+        return;
+    m_targetIPAddress->setText(ip);
+    m_targetTCPPort->setText(tcpPort);
+    m_targetUDPPort->setText(udpPort);
+}
 
-    // Write fields the user has not edited start from the device the tool is pointed at, so that
-    // changing one port and writing does not also move the device to the factory address.
+void GeneralTab::fillUntouchedWriteFields(const QString &ip, const QString &tcpPort,
+                                          const QString &udpPort)
+{
     if (!m_ui)
         return;
-    const auto fillUntouched = [&fill](QLineEdit *edit, const QString &text) {
-        if (!edit->isModified())
-            fill(edit, text);
+    const auto fill = [](QLineEdit *edit, const QString &text) {
+        if (!edit->isModified() && !text.isEmpty())
+            edit->setText(text);
     };
-    fillUntouched(m_ui->GenWriteIPAddressTextarea, ip);
-    fillUntouched(m_ui->GenWriteTCPPortTextarea, tcpPort);
-    fillUntouched(m_ui->GenWriteUDPPortTextarea, udpPort);
+    fill(m_ui->GenWriteIPAddressTextarea, ip);
+    fill(m_ui->GenWriteTCPPortTextarea, tcpPort);
+    fill(m_ui->GenWriteUDPPortTextarea, udpPort);
 }
 
 QString GeneralTab::targetIPAddressText() const
@@ -130,10 +153,8 @@ void GeneralTab::applyTargetSettingChange(MavixSetting setting)
 {
     if (!isReady())
         return;
-    MavixSetting::setCurrent(setting);
-    m_targetIPAddress->setText(setting.ipAddress);
-    m_targetTCPPort->setText(QString::number(setting.tcpDataPort));
-    m_targetUDPPort->setText(QString::number(setting.udpPort));
+    m_target->set(setting.ipAddress, setting.udpPort, setting.tcpDataPort);
+    showTarget(); // typed text that was never applied gives way too
 }
 
 void GeneralTab::readDeviceInformation()
@@ -149,7 +170,7 @@ void GeneralTab::readDeviceInformation()
     MavixSetting setting;
     setting.decode(*image);
     if (!isEEPROMAccessChecked()) {
-        MavixSetting::setCurrent(setting);
+        applyTargetSettingChange(setting);
         emit targetSettingChanged(setting);
     }
     showSetting(setting);
@@ -175,8 +196,9 @@ void GeneralTab::writeDeviceInformation()
         return;
 
     showSetting(*record);
+    // After the running copy was rewritten the device answers at its new address and ports.
     if (!isEEPROMAccessChecked())
-        followWrittenTarget(*record);
+        applyTargetSettingChange(*record);
 }
 
 void GeneralTab::resetDeviceInformation() {}
@@ -221,12 +243,4 @@ bool GeneralTab::confirmUdpPortChange()
                     QMessageBox::Yes | QMessageBox::No, this);
     box.setDefaultButton(QMessageBox::No);
     return box.exec() != QMessageBox::No;
-}
-
-// After the running copy was rewritten the device answers at its new address and port; the
-// target fields follow it so that the next access reaches it.
-void GeneralTab::followWrittenTarget(const MavixSetting &record)
-{
-    applyTargetSettingChange(record);
-    (void)applyTargetFields(false);
 }

@@ -14,6 +14,7 @@
 namespace Ui {
 class GeneralTab;
 }
+class DeviceTarget;
 class QCheckBox;
 class MavixSettingAccess;
 class QLineEdit;
@@ -27,8 +28,10 @@ public:
     explicit GeneralTab(QWidget *parent = nullptr);
     ~GeneralTab() override;
 
-    // Hands over the shared agent (not owned); the tab is ready from then on.
+    // Hand over the shared agent and the program's target (neither owned); the tab is ready once
+    // it has both. The target fields show the target whenever it changes.
     void setAgent(WrenAgent *agent);
+    void setDeviceTarget(DeviceTarget *target);
     [[nodiscard]] bool isReady() const;
 
     // Time-outs: every access waits this long for its reply (10000 ms unless a test shortens it).
@@ -36,11 +39,15 @@ public:
     [[nodiscard]] int accessTimeoutMs() const { return m_accessTimeoutMs; }
 
     // Target fields
-    // Validates the three target fields; when all pass, stores them in the current target setting
-    // and points the agent at the IP address and UDP port.
+    // Validates the three target fields; when all pass, they become the program's target (which
+    // the agent follows).
     bool applyTargetFields(bool reportErrors);
-    // Fills the target fields; an empty text leaves its field as it is.
+    // Puts exactly these texts into the target fields, empty ones included; nothing else changes.
     void setTargetFields(const QString &ip, const QString &tcpPort, const QString &udpPort);
+    // Write fields the user has not edited take these texts, so that a write that changes one port
+    // does not also move the device to the form's factory address.
+    void fillUntouchedWriteFields(const QString &ip, const QString &tcpPort,
+                                  const QString &udpPort);
     [[nodiscard]] QString targetIPAddressText() const;
     [[nodiscard]] QString targetTCPPortText() const;
     [[nodiscard]] QString targetUDPPortText() const;
@@ -84,12 +91,13 @@ protected:
 
 private:
     void connectForm();
+    void showTarget();
     void prepareAccess();
     [[nodiscard]] bool confirmUdpPortChange();
-    void followWrittenTarget(const MavixSetting &record);
 
     std::unique_ptr<Ui::GeneralTab> m_ui;
     WrenAgent *m_agent = nullptr;
+    DeviceTarget *m_target = nullptr;
     MavixSettingAccess *m_access = nullptr; // the read and write sequences, made with the agent
     QLineEdit *m_targetIPAddress = nullptr;
     QLineEdit *m_targetTCPPort = nullptr;

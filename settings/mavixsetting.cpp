@@ -3,8 +3,6 @@
 #include "app/report.h"
 #include "app/validators.h"
 
-#include <QMutex>
-#include <QMutexLocker>
 #include <QtEndian>
 
 namespace {
@@ -33,18 +31,6 @@ quint16 readU16(const QByteArray &image, int offset)
 void writeU16(QByteArray &image, int offset, quint16 value)
 {
     qToBigEndian<quint16>(value, image.data() + offset);
-}
-
-struct CurrentTarget
-{
-    QMutex mutex;
-    MavixSetting setting;
-};
-
-CurrentTarget &currentTarget()
-{
-    static CurrentTarget target;
-    return target;
 }
 
 // Queued connections by signature ("targetSettingChanged(MavixSetting)") need the name registered
@@ -147,20 +133,6 @@ QString MavixSetting::textReport() const
     report += timeLine.arg(tr("TCP Re-Connect Interval")).arg(tcpReconnectIntervalMs);
     report += lastLine.arg(tr("TCP Re-Transmition Timer")).arg(tcpRetransmissionTimerMs);
     return report;
-}
-
-MavixSetting MavixSetting::current()
-{
-    CurrentTarget &target = currentTarget();
-    QMutexLocker locker(&target.mutex);
-    return target.setting;
-}
-
-void MavixSetting::setCurrent(const MavixSetting &setting)
-{
-    CurrentTarget &target = currentTarget();
-    QMutexLocker locker(&target.mutex);
-    target.setting = setting;
 }
 
 void MavixSetting::registerMetaType()

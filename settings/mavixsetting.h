@@ -32,11 +32,6 @@ public:
         return quint32(tcpTimeoutDisconnect256Ms) << 8;
     }
 
-    // The program-wide current target: which device every part talks to.
-    // Thread-safe: the transfer worker reads it while the GUI thread sets it.
-    static MavixSetting current();
-    static void setCurrent(const MavixSetting &setting);
-
     // Registers the type for queued connections by its name "MavixSetting"; safe to call often.
     static void registerMetaType();
 

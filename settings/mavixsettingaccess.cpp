@@ -1,12 +1,12 @@
 #include "settings/mavixsettingaccess.h"
 
+#include "app/devicetarget.h"
 #include "app/report.h"
 #include "settings/eepromwritesession.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenreport.h"
 
 #include <QCoreApplication>
-#include <QHostAddress>
 
 namespace {
 
@@ -66,8 +66,8 @@ bool MavixSettingAccess::writeImage(quint32 base, const QByteArray &image,
         reportWrenError(error, QCoreApplication::translate(
                                    "GeneralTab", "Response to writing Mavix Setting is timeout"));
         // A device whose address was just changed answers only at the new one.
-        if (error.code == WrenError::Timeout)
-            m_agent->setTarget(QHostAddress(record.ipAddress), record.udpPort);
+        if (error.code == WrenError::Timeout && m_target)
+            m_target->set(record.ipAddress, record.udpPort, m_target->tcpPort());
         emit failed();
         return false;
     }

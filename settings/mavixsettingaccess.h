@@ -13,6 +13,7 @@
 #include <functional>
 #include <optional>
 
+class DeviceTarget;
 class WrenAgent;
 
 class MavixSettingAccess : public QObject
@@ -26,6 +27,10 @@ public:
     void setEEPROMAccess(bool eeprom) { m_eeprom = eeprom; }
     [[nodiscard]] bool isEEPROMAccess() const { return m_eeprom; }
     [[nodiscard]] quint32 imageBase() const;
+
+    // The target that follows the device when a write of its address or port times out: a device
+    // whose address was just changed answers only at the new one. Null leaves the target alone.
+    void setTarget(DeviceTarget *target) { m_target = target; }
 
     // Time-outs: every access waits this long for its reply.
     void setAccessTimeoutMs(int timeoutMs) { m_accessTimeoutMs = timeoutMs; }
@@ -59,6 +64,7 @@ private:
     void fail(const WrenError &error, const QString &timeoutMessage);
 
     WrenAgent *m_agent = nullptr;
+    DeviceTarget *m_target = nullptr;
     bool m_eeprom = false;
     int m_accessTimeoutMs = 10000;
     std::function<bool()> m_confirmUdpPortChange;

@@ -43,12 +43,6 @@ void UDPTab::setExpertMode(bool expert)
     m_expert = expert;
 }
 
-// The agent's target is set by the tabs that own target fields; nothing to keep here.
-void UDPTab::applyTargetSettingChange(MavixSetting setting)
-{
-    Q_UNUSED(setting)
-}
-
 void UDPTab::addAddressToCombobox()
 {
     QComboBox *combo = m_ui->UDPRegisterAddressCombobox;

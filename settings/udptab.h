@@ -38,7 +38,6 @@ public slots:
     void readMemory();
     void writeMemory();
     void addAddressToCombobox();
-    void applyTargetSettingChange(MavixSetting setting);
 
 private:
     struct Access

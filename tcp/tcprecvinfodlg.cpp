@@ -1,9 +1,9 @@
 #include "tcp/tcprecvinfodlg.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
 #include "app/report.h"
-#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
@@ -37,7 +37,10 @@ QString withLineFeeds(QString text)
 
 } // namespace
 
-TCPRecvInfoDlg::TCPRecvInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::TCPRecvInfoDlg)
+TCPRecvInfoDlg::TCPRecvInfoDlg(AppModel *model, TCPThread *worker, const DeviceTarget *target,
+                               QWidget *parent)
+    : QDialog(parent), m_ui(new Ui::TCPRecvInfoDlg), m_model(model), m_worker(worker),
+      m_target(target)
 {
     m_ui->setupUi(this);
     setModal(false);
@@ -45,8 +48,7 @@ TCPRecvInfoDlg::TCPRecvInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::
                  m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
     m_figures.prepare(m_ui->DataTextarea);
 
-    if (TCPThread *worker = TCPThread::instance())
-        m_status = worker->recvStatus();
+    m_status = m_worker->recvStatus();
 
     m_progressTimer = new QTimer(this);
     m_progressTimer->setObjectName(QStringLiteral("progressTimer"));
@@ -76,21 +78,17 @@ void TCPRecvInfoDlg::connectForm()
 // The worker lives on its own thread: these connections are queued.
 void TCPRecvInfoDlg::connectWorker()
 {
-    if (TCPThread *worker = TCPThread::instance()) {
-        connect(worker, &TCPThread::recvStatusChanged, this, &TCPRecvInfoDlg::onRecvStatusChanged);
-        connect(worker, &TCPThread::recvProgress, this, &TCPRecvInfoDlg::showProgress);
-        connect(worker, &TCPThread::recvStringAdded, this, &TCPRecvInfoDlg::reserveTextOutput);
-        connect(worker, &TCPThread::errorOccured, this, &TCPRecvInfoDlg::onErrorOccured);
-        connect(worker, &TCPThread::recvReported, this, &TCPRecvInfoDlg::showRunReport);
-    }
-    if (TCPOutputOption *recvOption = option())
-        connect(recvOption, &TCPOutputOption::formatChanged, this,
-                &TCPRecvInfoDlg::onFormatChanged);
+    connect(m_worker, &TCPThread::recvStatusChanged, this, &TCPRecvInfoDlg::onRecvStatusChanged);
+    connect(m_worker, &TCPThread::recvProgress, this, &TCPRecvInfoDlg::showProgress);
+    connect(m_worker, &TCPThread::recvStringAdded, this, &TCPRecvInfoDlg::reserveTextOutput);
+    connect(m_worker, &TCPThread::errorOccured, this, &TCPRecvInfoDlg::onErrorOccured);
+    connect(m_worker, &TCPThread::recvReported, this, &TCPRecvInfoDlg::showRunReport);
+    connect(option(), &TCPOutputOption::formatChanged, this, &TCPRecvInfoDlg::onFormatChanged);
 }
 
-TCPOutputOption *TCPRecvInfoDlg::option()
+TCPOutputOption *TCPRecvInfoDlg::option() const
 {
-    return AppModel::currentRecvOption();
+    return m_model->recvOption();
 }
 
 // The file of the run and how it ended and, in red, why it failed; a failed run is not announced
@@ -118,31 +116,28 @@ void TCPRecvInfoDlg::applyDisplayMode()
     int mode = kDisplayOff;
     if (m_ui->DataShowCheckbox->isChecked())
         mode = m_ui->ShowHexCheckbox->isChecked() ? kDisplayHex : kDisplayText;
-    if (TCPOutputOption *recvOption = option())
-        recvOption->setDisplayMode(mode);
-    if (TCPThread *worker = TCPThread::instance())
-        worker->setDisplayMode(mode);
+    option()->setDisplayMode(mode);
+    m_worker->setDisplayMode(mode);
     refreshWidgetStates();
     reserveTextOutput();
 }
 
 void TCPRecvInfoDlg::applyFormat(const QString &value)
 {
-    if (TCPOutputOption *recvOption = option())
-        recvOption->setFormat(value);
+    option()->setFormat(value);
 }
 
 void TCPRecvInfoDlg::onFormatChanged()
 {
-    TCPOutputOption *recvOption = option();
-    if (recvOption && m_ui->FormatTextarea->text() != recvOption->format())
+    const TCPOutputOption *recvOption = option();
+    if (m_ui->FormatTextarea->text() != recvOption->format())
         m_ui->FormatTextarea->setText(recvOption->format());
 }
 
 void TCPRecvInfoDlg::refreshWidgetStates()
 {
-    TCPOutputOption *recvOption = option();
-    const int mode = recvOption ? recvOption->displayMode() : kDisplayOff;
+    const TCPOutputOption *recvOption = option();
+    const int mode = recvOption->displayMode();
     m_ui->DataShowCheckbox->setChecked(mode != kDisplayOff);
     if (mode != kDisplayOff)
         m_ui->ShowHexCheckbox->setChecked(mode == kDisplayHex);
@@ -150,7 +145,7 @@ void TCPRecvInfoDlg::refreshWidgetStates()
     m_ui->ShowHexCheckbox->setEnabled(showData);
     m_ui->FormatTextarea->setEnabled(m_status == TS_STOP && showData &&
                                      m_ui->ShowHexCheckbox->isChecked());
-    if (recvOption && m_ui->FormatTextarea->text() != recvOption->format())
+    if (m_ui->FormatTextarea->text() != recvOption->format())
         m_ui->FormatTextarea->setText(recvOption->format());
 }
 
@@ -158,10 +153,7 @@ void TCPRecvInfoDlg::refreshWidgetStates()
 
 void TCPRecvInfoDlg::beginReceive()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    const THREAD_STATUS status = worker->recvStatus();
+    const THREAD_STATUS status = m_worker->recvStatus();
     if (status != TS_STOP) {
         LOG_WARN(QStringLiteral("Invalid recv status: %1").arg(threadStatusText(status)));
         return;
@@ -177,23 +169,17 @@ void TCPRecvInfoDlg::beginReceive()
         QMutexLocker lock(&m_mutex);
         m_pending.clear();
     }
-    if (TCPOutputOption *recvOption = option()) {
-        const MavixSetting target = MavixSetting::current();
-        worker->beginRecvThread(TransferRun::of(*recvOption, target.ipAddress, target.tcpDataPort));
-    }
+    m_worker->beginRecvThread(TransferRun::of(*option(), m_target->host(), m_target->tcpPort()));
 }
 
 void TCPRecvInfoDlg::stopReceive()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    const THREAD_STATUS status = worker->recvStatus();
+    const THREAD_STATUS status = m_worker->recvStatus();
     if (status != TS_RUN) {
         LOG_WARN(QStringLiteral("Invalid recv status: %1").arg(threadStatusText(status)));
         return;
     }
-    worker->stopReceiving();
+    m_worker->stopReceiving();
 }
 
 void TCPRecvInfoDlg::onRecvStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STATUS status)
@@ -268,13 +254,10 @@ void TCPRecvInfoDlg::textOutput(bool forceAll)
 {
     QMutexLocker lock(&m_mutex);
     m_textOutputReserved = false;
-    TCPThread *worker = TCPThread::instance();
-    TCPOutputOption *recvOption = option();
-    const int mode = recvOption ? recvOption->displayMode() : kDisplayOff;
+    const int mode = option()->displayMode();
     if (mode == kDisplayOff) {
         m_pending.clear();
-        if (worker)
-            (void)worker->takeRecvData(-1); // text made before display was switched off
+        (void)m_worker->takeRecvData(-1); // text made before display was switched off
         return;
     }
 
@@ -283,8 +266,8 @@ void TCPRecvInfoDlg::textOutput(bool forceAll)
     if (room < 0)
         LOG_WARN(QStringLiteral("Invalid buf size: buf[%1]").arg(m_pending.size()));
     bool workerMayHoldMore = false;
-    if (worker && room > 0) {
-        const QByteArray taken = worker->takeRecvData(room);
+    if (room > 0) {
+        const QByteArray taken = m_worker->takeRecvData(room);
         workerMayHoldMore = taken.size() >= room;
         m_pending += taken;
     }

@@ -15,6 +15,8 @@
 namespace Ui {
 class TCPRecvInfoDlg;
 }
+class AppModel;
+class DeviceTarget;
 class QTimer;
 class TCPOutputOption;
 
@@ -31,7 +33,10 @@ public:
     static constexpr int kMaximumLineCount = TransferFigureFields::kMaximumLineCount;
     static constexpr qsizetype kLongestLineChars = 1024;
 
-    explicit TCPRecvInfoDlg(QWidget *parent = nullptr);
+    // The model, the worker and the target are handed over by whoever makes the dialog (not owned;
+    // they outlive it). A run is aimed at the target as it stands when Receive is pressed.
+    TCPRecvInfoDlg(AppModel *model, TCPThread *worker, const DeviceTarget *target,
+                   QWidget *parent = nullptr);
     ~TCPRecvInfoDlg() override;
 
     // Sets the boxes and the format field from the receive option and the receive status.
@@ -61,9 +66,12 @@ private:
     void refreshFigures();
     [[nodiscard]] qint64 runElapsedMs() const;
     void appendToTextArea(const QString &text);
-    [[nodiscard]] static TCPOutputOption *option();
+    [[nodiscard]] TCPOutputOption *option() const;
 
     std::unique_ptr<Ui::TCPRecvInfoDlg> m_ui;
+    AppModel *m_model = nullptr;
+    TCPThread *m_worker = nullptr;
+    const DeviceTarget *m_target = nullptr;
     TransferFigureFields m_figures;
     QTimer *m_progressTimer = nullptr; // child "progressTimer", running for the dialog's life
     QElapsedTimer m_elapsedTimer;

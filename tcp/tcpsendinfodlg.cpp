@@ -1,9 +1,9 @@
 #include "tcp/tcpsendinfodlg.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
 #include "app/report.h"
-#include "settings/mavixsetting.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferfigurefields.h"
 #include "tcp/transferfigures.h"
@@ -13,7 +13,10 @@
 #include <QMetaObject>
 #include <QTextCursor>
 
-TCPSendInfoDlg::TCPSendInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::TCPSendInfoDlg)
+TCPSendInfoDlg::TCPSendInfoDlg(AppModel *model, TCPThread *worker, const DeviceTarget *target,
+                               QWidget *parent)
+    : QDialog(parent), m_ui(new Ui::TCPSendInfoDlg), m_model(model), m_worker(worker),
+      m_target(target)
 {
     m_ui->setupUi(this);
     setModal(false);
@@ -26,11 +29,8 @@ TCPSendInfoDlg::TCPSendInfoDlg(QWidget *parent) : QDialog(parent), m_ui(new Ui::
         m_elapsedMsec = qMax(m_elapsedMsec, m_runClock.elapsed());
         refreshDisplay();
     });
-    if (TCPOutputOption *sendOption = option())
-        m_ui->DataShowCheckbox->setChecked(sendOption->showData());
-
-    if (TCPThread *worker = TCPThread::instance())
-        m_status = worker->sendStatus();
+    m_ui->DataShowCheckbox->setChecked(option()->showData());
+    m_status = m_worker->sendStatus();
     m_ui->SendButton->setEnabled(m_status == TS_STOP);
     m_ui->StopButton->setEnabled(m_status == TS_RUN);
 
@@ -52,20 +52,17 @@ void TCPSendInfoDlg::connectForm()
 // worker emitted them.
 void TCPSendInfoDlg::connectWorker()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    connect(worker, &TCPThread::sendStatusChanged, this, &TCPSendInfoDlg::onSendStatusChanged);
-    connect(worker, &TCPThread::writeFinished, this, &TCPSendInfoDlg::finishSend);
-    connect(worker, &TCPThread::sendStringAdded, this, &TCPSendInfoDlg::addString);
-    connect(worker, &TCPThread::sendProgress, this, &TCPSendInfoDlg::showProgress);
-    connect(worker, &TCPThread::errorOccured, this, &TCPSendInfoDlg::onErrorOccured);
-    connect(worker, &TCPThread::sendReported, this, &TCPSendInfoDlg::showRunReport);
+    connect(m_worker, &TCPThread::sendStatusChanged, this, &TCPSendInfoDlg::onSendStatusChanged);
+    connect(m_worker, &TCPThread::writeFinished, this, &TCPSendInfoDlg::finishSend);
+    connect(m_worker, &TCPThread::sendStringAdded, this, &TCPSendInfoDlg::addString);
+    connect(m_worker, &TCPThread::sendProgress, this, &TCPSendInfoDlg::showProgress);
+    connect(m_worker, &TCPThread::errorOccured, this, &TCPSendInfoDlg::onErrorOccured);
+    connect(m_worker, &TCPThread::sendReported, this, &TCPSendInfoDlg::showRunReport);
 }
 
-TCPOutputOption *TCPSendInfoDlg::option()
+TCPOutputOption *TCPSendInfoDlg::option() const
 {
-    return AppModel::currentSendOption();
+    return m_model->sendOption();
 }
 
 // The file of the run and how it ended and, in red, why it failed; a failed run is not announced
@@ -76,26 +73,21 @@ void TCPSendInfoDlg::showRunReport(const QString &text, bool error)
         m_failed = true;
 }
 
-qint64 TCPSendInfoDlg::sendFileSize()
+qint64 TCPSendInfoDlg::sendFileSize() const
 {
-    TCPOutputOption *sendOption = option();
-    return sendOption ? QFileInfo(sendOption->fileName()).size() : 0;
+    return QFileInfo(option()->fileName()).size();
 }
 
 void TCPSendInfoDlg::applyShowDataFlag(bool flag)
 {
-    if (TCPOutputOption *sendOption = option())
-        sendOption->setShowData(flag);
+    option()->setShowData(flag);
 }
 
 // Begin and stop
 
 void TCPSendInfoDlg::beginSend()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    const THREAD_STATUS status = worker->sendStatus();
+    const THREAD_STATUS status = m_worker->sendStatus();
     if (status != TS_STOP) {
         LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(status)));
         return;
@@ -110,18 +102,12 @@ void TCPSendInfoDlg::beginSend()
     m_figures.show(0, 1); // a new run starts from zero, not from the last run's figures
     m_ui->ErrorLabel->clear();
     m_ui->FileLabel->clear();
-    if (TCPOutputOption *sendOption = option()) {
-        const MavixSetting target = MavixSetting::current();
-        worker->beginSendThread(TransferRun::of(*sendOption, target.ipAddress, target.tcpDataPort));
-    }
+    m_worker->beginSendThread(TransferRun::of(*option(), m_target->host(), m_target->tcpPort()));
 }
 
 void TCPSendInfoDlg::stopSend()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    const THREAD_STATUS status = worker->sendStatus();
+    const THREAD_STATUS status = m_worker->sendStatus();
     if (status != TS_RUN) {
         LOG_WARN(QStringLiteral("Invalid send status: %1").arg(threadStatusText(status)));
         return;
@@ -131,7 +117,7 @@ void TCPSendInfoDlg::stopSend()
     // The loss is reported once the run has stopped, from the same final figure the dialog
     // shows.
     m_stopped = true;
-    worker->stopSending();
+    m_worker->stopSending();
 }
 
 void TCPSendInfoDlg::finishSend()

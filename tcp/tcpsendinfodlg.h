@@ -14,6 +14,8 @@
 namespace Ui {
 class TCPSendInfoDlg;
 }
+class AppModel;
+class DeviceTarget;
 class TCPOutputOption;
 
 class TCPSendInfoDlg : public QDialog
@@ -25,7 +27,10 @@ public:
     static constexpr qint64 kRefreshIntervalMs = 501;
     static constexpr int kMaximumLineCount = TransferFigureFields::kMaximumLineCount;
 
-    explicit TCPSendInfoDlg(QWidget *parent = nullptr);
+    // The model, the worker and the target are handed over by whoever makes the dialog (not owned;
+    // they outlive it). A run is aimed at the target as it stands when Send is pressed.
+    TCPSendInfoDlg(AppModel *model, TCPThread *worker, const DeviceTarget *target,
+                   QWidget *parent = nullptr);
     ~TCPSendInfoDlg() override;
 
 public slots:
@@ -43,10 +48,13 @@ private:
     void connectForm();
     void connectWorker();
     void refreshDisplay();
-    [[nodiscard]] static TCPOutputOption *option();
-    [[nodiscard]] static qint64 sendFileSize();
+    [[nodiscard]] TCPOutputOption *option() const;
+    [[nodiscard]] qint64 sendFileSize() const;
 
     std::unique_ptr<Ui::TCPSendInfoDlg> m_ui;
+    AppModel *m_model = nullptr;
+    TCPThread *m_worker = nullptr;
+    const DeviceTarget *m_target = nullptr;
     TransferFigureFields m_figures;
     qint64 m_sentSize = 0;
     qint64 m_fileSize = 0;

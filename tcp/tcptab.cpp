@@ -1,6 +1,7 @@
 #include "tcp/tcptab.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/openfile.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcprecvinfodlg.h"
@@ -13,33 +14,40 @@
 TCPTab::TCPTab(QWidget *parent) : QWidget(parent), m_ui(new Ui::TCPTab)
 {
     m_ui->setupUi(this);
-    // Children of the tab, so they close with it; as dialogs they are still windows of their own.
-    m_recvDialog = new TCPRecvInfoDlg(this);
-    m_sendDialog = new TCPSendInfoDlg(this);
-
-    loadOptions();
-    connectForm();
-    connectWorker();
-    m_setting = MavixSetting::current();
-    showTarget();
-    m_recvDialog->refreshWidgetStates();
 }
 
 TCPTab::~TCPTab() = default;
 
+void TCPTab::setup(AppModel *model, TCPThread *worker, DeviceTarget *target)
+{
+    if (m_model || !model || !worker || !target)
+        return; // handed over once, at start-up
+    m_model = model;
+    m_worker = worker;
+    m_target = target;
+    // Children of the tab, so they close with it; as dialogs they are still windows of their own.
+    m_recvDialog = new TCPRecvInfoDlg(model, worker, target, this);
+    m_sendDialog = new TCPSendInfoDlg(model, worker, target, this);
+
+    loadOptions();
+    connectForm();
+    connectWorker();
+    connect(target, &DeviceTarget::changed, this, &TCPTab::showTarget);
+    showTarget();
+    m_recvDialog->refreshWidgetStates();
+}
+
 // Before the form is connected, so that filling it applies nothing back.
 void TCPTab::loadOptions()
 {
-    if (TCPOutputOption *option = AppModel::currentRecvOption()) {
-        m_ui->TCPRecvFileTextConvertCheckbox->setChecked(option->useHexFile());
-        m_ui->TCPRecvFormatTextarea->setText(option->format());
-        m_ui->TCPRecvPathTextarea->setText(option->fileName());
-    }
-    if (TCPOutputOption *option = AppModel::currentSendOption()) {
-        m_ui->TCPSendFileTextConvertCheckbox->setChecked(option->useHexFile());
-        m_ui->TCPSendFormatTextarea->setText(option->format());
-        m_ui->TCPSendPathTextarea->setText(option->fileName());
-    }
+    const TCPOutputOption *recv = m_model->recvOption();
+    m_ui->TCPRecvFileTextConvertCheckbox->setChecked(recv->useHexFile());
+    m_ui->TCPRecvFormatTextarea->setText(recv->format());
+    m_ui->TCPRecvPathTextarea->setText(recv->fileName());
+    const TCPOutputOption *send = m_model->sendOption();
+    m_ui->TCPSendFileTextConvertCheckbox->setChecked(send->useHexFile());
+    m_ui->TCPSendFormatTextarea->setText(send->format());
+    m_ui->TCPSendPathTextarea->setText(send->fileName());
 }
 
 void TCPTab::connectForm()
@@ -69,21 +77,18 @@ void TCPTab::connectForm()
     connect(m_ui->TCPSendFormatTextarea, &QLineEdit::editingFinished, this,
             &TCPTab::applySendFormat);
 
-    if (TCPOutputOption *option = AppModel::currentRecvOption())
-        connect(option, &TCPOutputOption::formatChanged, this, &TCPTab::onTcpRecvFormatChanged);
+    connect(m_model->recvOption(), &TCPOutputOption::formatChanged, this,
+            &TCPTab::onTcpRecvFormatChanged);
 }
 
 // The worker lives on its own thread: these connections are queued.
 void TCPTab::connectWorker()
 {
-    TCPThread *worker = TCPThread::instance();
-    if (!worker)
-        return;
-    connect(worker, &TCPThread::recvStatusChanged, this, &TCPTab::onTcpRecvStatusChanged);
-    connect(worker, &TCPThread::sendStatusChanged, this, &TCPTab::onTcpSendStatusChanged);
-    connect(worker, &TCPThread::errorOccured, this, &TCPTab::onErrorOccured);
-    onTcpRecvStatusChanged(TS_STOP, worker->recvStatus());
-    onTcpSendStatusChanged(TS_STOP, worker->sendStatus());
+    connect(m_worker, &TCPThread::recvStatusChanged, this, &TCPTab::onTcpRecvStatusChanged);
+    connect(m_worker, &TCPThread::sendStatusChanged, this, &TCPTab::onTcpSendStatusChanged);
+    connect(m_worker, &TCPThread::errorOccured, this, &TCPTab::onErrorOccured);
+    onTcpRecvStatusChanged(TS_STOP, m_worker->recvStatus());
+    onTcpSendStatusChanged(TS_STOP, m_worker->sendStatus());
 }
 
 // Dialogs and target
@@ -106,42 +111,43 @@ void TCPTab::openSendInfoDialog()
     showDialog(m_sendDialog);
 }
 
-void TCPTab::applyTargetSettingChange(const MavixSetting &setting)
+// The tab shows the program's target, which whoever announces a setting has already updated.
+void TCPTab::applyTargetSettingChange(const MavixSetting & /*setting*/)
 {
-    m_setting = setting;
     showTarget();
 }
 
 void TCPTab::showTarget()
 {
-    m_ui->TCPTargetIPAddressLabel->setText(m_setting.ipAddress);
-    m_ui->TCPTargetTCPPortLabel->setText(QString::number(m_setting.tcpDataPort));
-    m_ui->TCPTargetUDPPortLabel->setText(QString::number(m_setting.udpPort));
+    if (!m_target)
+        return;
+    m_ui->TCPTargetIPAddressLabel->setText(m_target->host());
+    m_ui->TCPTargetTCPPortLabel->setText(QString::number(m_target->tcpPort()));
+    m_ui->TCPTargetUDPPortLabel->setText(QString::number(m_target->udpPort()));
 }
 
 // Receive options
 
 void TCPTab::applyRecvFormatUse()
 {
-    if (AppModel *model = AppModel::instance())
-        model->setRecvUseHexFile(m_ui->TCPRecvFileTextConvertCheckbox->isChecked());
+    if (m_model)
+        m_model->setRecvUseHexFile(m_ui->TCPRecvFileTextConvertCheckbox->isChecked());
 }
 
 void TCPTab::applyRecvFile(const QString &name)
 {
-    if (AppModel *model = AppModel::instance())
-        model->setRecvFileName(name);
+    if (m_model)
+        m_model->setRecvFileName(name);
     m_recvNameChecked = false;
 }
 
 // A name is checked once per change, when editing is finished or a chooser has set it.
 void TCPTab::checkRecvFile()
 {
-    AppModel *model = AppModel::instance();
-    if (!model || m_recvNameChecked)
+    if (!m_model || m_recvNameChecked)
         return;
     m_recvNameChecked = true;
-    (void)model->checkRecvFile(); // a problem is reported there
+    (void)m_model->checkRecvFile(); // a problem is reported there
 }
 
 void TCPTab::openRecvFileRefferenceDialog()
@@ -168,13 +174,14 @@ QString TCPTab::absolutePath(const QString &path)
 
 void TCPTab::applyRecvFormat()
 {
-    if (AppModel *model = AppModel::instance())
-        (void)model->setRecvFormat(m_ui->TCPRecvFormatTextarea->text()); // refusals reported there
+    if (m_model)
+        (void)m_model->setRecvFormat(
+            m_ui->TCPRecvFormatTextarea->text()); // refusals reported there
 }
 
 void TCPTab::onTcpRecvFormatChanged()
 {
-    TCPOutputOption *option = AppModel::currentRecvOption();
+    const TCPOutputOption *option = m_model ? m_model->recvOption() : nullptr;
     if (option && m_ui->TCPRecvFormatTextarea->text() != option->format())
         m_ui->TCPRecvFormatTextarea->setText(option->format());
 }
@@ -183,24 +190,23 @@ void TCPTab::onTcpRecvFormatChanged()
 
 void TCPTab::applySendFormatUse()
 {
-    if (AppModel *model = AppModel::instance())
-        model->setSendUseHexFile(m_ui->TCPSendFileTextConvertCheckbox->isChecked());
+    if (m_model)
+        m_model->setSendUseHexFile(m_ui->TCPSendFileTextConvertCheckbox->isChecked());
 }
 
 void TCPTab::applySendFile(const QString &name)
 {
-    if (AppModel *model = AppModel::instance())
-        model->setSendFileName(name);
+    if (m_model)
+        m_model->setSendFileName(name);
     m_sendNameChecked = false;
 }
 
 void TCPTab::checkSendFile()
 {
-    AppModel *model = AppModel::instance();
-    if (!model || m_sendNameChecked)
+    if (!m_model || m_sendNameChecked)
         return;
     m_sendNameChecked = true;
-    (void)model->checkSendFile();
+    (void)m_model->checkSendFile();
 }
 
 void TCPTab::openSendFileRefferenceDialog()
@@ -220,8 +226,8 @@ void TCPTab::openSendFile()
 
 void TCPTab::applySendFormat()
 {
-    if (AppModel *model = AppModel::instance())
-        (void)model->setSendFormat(m_ui->TCPSendFormatTextarea->text());
+    if (m_model)
+        (void)m_model->setSendFormat(m_ui->TCPSendFormatTextarea->text());
 }
 
 // Worker status

@@ -12,6 +12,8 @@
 namespace Ui {
 class TCPTab;
 }
+class AppModel;
+class DeviceTarget;
 class QDialog;
 class TCPOutputOption;
 class TCPRecvInfoDlg;
@@ -24,6 +26,10 @@ class TCPTab : public QWidget
 public:
     explicit TCPTab(QWidget *parent = nullptr);
     ~TCPTab() override;
+
+    // Hands over the application model, the transfer worker and the program's target (none
+    // owned), fills the form from the model and makes the dialogs; until then the tab is inert.
+    void setup(AppModel *model, TCPThread *worker, DeviceTarget *target);
 
     [[nodiscard]] TCPRecvInfoDlg *recvDialog() const { return m_recvDialog; }
     [[nodiscard]] TCPSendInfoDlg *sendDialog() const { return m_sendDialog; }
@@ -73,9 +79,11 @@ private:
     [[nodiscard]] static QString absolutePath(const QString &path);
 
     std::unique_ptr<Ui::TCPTab> m_ui;
+    AppModel *m_model = nullptr;
+    TCPThread *m_worker = nullptr;
+    DeviceTarget *m_target = nullptr;
     TCPRecvInfoDlg *m_recvDialog = nullptr;
     TCPSendInfoDlg *m_sendDialog = nullptr;
-    MavixSetting m_setting;
     // The names in the fields have been checked since they last changed: leaving a field checks
     // once.
     bool m_recvNameChecked = true;

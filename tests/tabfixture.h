@@ -2,6 +2,7 @@
 // its outcome signals watched, and the reported texts; the General tab aims the agent itself.
 #pragma once
 
+#include "app/devicetarget.h"
 #include "reportcollector.h"
 #include "settings/generaltab.h"
 #include "sim/mavixsim.h"
@@ -10,6 +11,8 @@
 
 #include <QtTest>
 #include <QtWidgets>
+
+#include <type_traits>
 
 // Accesses as the emulator recorded them, in a form QCOMPARE prints readably.
 inline QString readOf(quint32 address, int length = 64)
@@ -38,13 +41,17 @@ inline constexpr int kTabTimeoutMs = 400;
 template <typename Tab> class TabFixture
 {
 public:
-    // aimAgent false leaves the agent without a target, for a tab that must set it itself.
+    // aimAgent false leaves the agent following `target`, which the tab's target fields set.
     [[nodiscard]] bool start(bool aimAgent = true)
     {
         if (!simThread.start())
             return false;
         if (aimAgent)
             agent.setTarget(QHostAddress(QHostAddress::LocalHost), simThread.udpPort());
+        else
+            agent.follow(&target);
+        if constexpr (std::is_base_of_v<GeneralTab, Tab>)
+            tab.setDeviceTarget(&target);
         tab.setAgent(&agent);
         tab.setAccessTimeoutMs(kTabTimeoutMs);
         tab.show();
@@ -67,6 +74,7 @@ public:
     [[nodiscard]] QList<SimAccess> accesses() const { return sim()->accessLog(); }
 
     SimThread simThread; // declared first: the emulator outlives everything that talks to it
+    DeviceTarget target;
     WrenAgent agent;
     Tab tab;
     ReportCollector reports;
@@ -90,7 +98,6 @@ inline QByteArray knownImage(const char *ip, quint16 udpPort, quint16 tcpPort)
 class GeneralTabFixture : public TabFixture<GeneralTab>
 {
 public:
-    ~GeneralTabFixture() { MavixSetting::setCurrent(MavixSetting()); }
     [[nodiscard]] bool start()
     {
         if (!TabFixture::start(false))

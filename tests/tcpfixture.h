@@ -1,12 +1,12 @@
 // What the transfer tests share: per test a fresh log, model and transfer worker on its own thread,
-// as at start-up, with the emulator's data port on loopback as the current target.
+// as at start-up, with the emulator's data port on loopback as the target.
 #pragma once
 
 #include "reportcollector.h"
 
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
-#include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpthread.h"
 
@@ -27,17 +27,6 @@ template <typename T> T cell(const char *column)
     return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
 }
 
-// 0: a loopback port that was free a moment ago and is closed again, so a connect is refused.
-inline void pointWorkerAt(quint16 port)
-{
-    QTcpServer server;
-    MavixSetting target;
-    target.ipAddress = QStringLiteral("127.0.0.1");
-    target.tcpDataPort =
-        port || !server.listen(QHostAddress::LocalHost) ? port : server.serverPort();
-    MavixSetting::setCurrent(target);
-}
-
 class TcpFixture
 {
 public:
@@ -51,7 +40,16 @@ public:
         worker->setCloseReserveMs(50);
         port = std::make_unique<SimDataPort>();
         pointWorkerAt(port->start(QHostAddress::LocalHost, 0));
-        QVERIFY(MavixSetting::current().tcpDataPort == port->port());
+        QVERIFY(target.tcpPort() == port->port());
+    }
+
+    // 0: a loopback port that was free a moment ago and is closed again, so a connect is refused.
+    void pointWorkerAt(quint16 tcpPort)
+    {
+        QTcpServer server;
+        target.set(QStringLiteral("127.0.0.1"), target.udpPort(),
+                   tcpPort || !server.listen(QHostAddress::LocalHost) ? tcpPort
+                                                                      : server.serverPort());
     }
 
     // Both directions stopped and the connection closed before the worker goes; its destructor
@@ -77,12 +75,11 @@ public:
         QFile::remove(log());
     }
 
-    // A run of the model's option against the current target, as the dialogs start one.
+    // A run of the model's option against the target, as the dialogs start one.
     TransferRun run(bool receiving) const
     {
-        const MavixSetting target = MavixSetting::current();
         return TransferRun::of(receiving ? *model->recvOption() : *model->sendOption(),
-                               target.ipAddress, target.tcpDataPort);
+                               target.host(), target.tcpPort());
     }
     QString file(const QString &name, const QByteArray &bytes)
     {
@@ -97,6 +94,7 @@ public:
     QTemporaryDir dir;
     std::unique_ptr<ReportCollector> reports;
     std::unique_ptr<AppModel> model;
+    DeviceTarget target;
     QThread thread;
     TCPThread *worker = nullptr;
     std::unique_ptr<SimDataPort> port;

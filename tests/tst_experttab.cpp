@@ -1,8 +1,10 @@
 // The Detail tab against the emulator on loopback, and the main window in expert mode (with
 // loopback targets that are only typed: nothing there presses Read or Write).
 #include "app/appcontext.h"
+#include "app/devicetarget.h"
 #include "settings/experttab.h"
 #include "tabfixture.h"
+#include "testtable.h"
 #include "ui/mainwindow.h"
 
 #include <QtTest>
@@ -147,6 +149,44 @@ private slots:
         QTRY_VERIFY(ip->hasFocus());
         QTest::keyClick(ip, Qt::Key_4);
         context.reset(); // a slot running now would crash or assert
+    }
+
+    // The two tabs' target fields mirror each other exactly, and nothing else moves: what is typed
+    // on one tab (then Return) shows on the other, the Write Setting fields stay as they were.
+    void targetFieldsMirror_data()
+    {
+        // fields: IP, TCP and UDP port of General's target, Detail's target, General's Write
+        // Setting, then the target itself
+        columns<QString, QString>("typed", "fields");
+        // clang-format off
+        QTest::addRow("cleared Detail IP") << "ExpertTargetIPAddressTextarea=" << " 6000 5000 |  6000 5000 | 127.0.0.2 6000 5000 | 127.0.0.2 6000 5000";
+        QTest::addRow("Detail UDP port") << "ExpertTargetUDPPortTextarea=5001" << "127.0.0.2 6000 5001 | 127.0.0.2 6000 5001 | 127.0.0.2 6000 5000 | 127.0.0.2 6000 5001";
+        QTest::addRow("General TCP port") << "GenTargetTCPPortTextarea=6001" << "127.0.0.2 6001 5000 | 127.0.0.2 6001 5000 | 127.0.0.2 6000 5000 | 127.0.0.2 6001 5000";
+        // clang-format on
+    }
+    void targetFieldsMirror()
+    {
+        QFETCH(QString, typed);
+        AppContext context(true, false, 0, true, nullptr, "127.0.0.2:5000:6000");
+        const auto field = [&context](const QString &name) {
+            return context.mainWindow()->findChild<QLineEdit *>(name);
+        };
+        QLineEdit *edit = field(typed.section('=', 0, 0));
+        edit->setText(typed.section('=', 1));
+        QTest::keyClick(edit, Qt::Key_Return);
+        QStringList shown;
+        for (const char *group : {"GenTarget", "ExpertTarget", "GenWrite"}) {
+            QStringList texts;
+            for (const char *part : {"IPAddressTextarea", "TCPPortTextarea", "UDPPortTextarea"})
+                texts << field(group + QLatin1String(part))->text();
+            shown << texts.join(' ');
+        }
+        const DeviceTarget *target = context.target();
+        shown << QStringLiteral("%1 %2 %3")
+                     .arg(target->host())
+                     .arg(target->tcpPort())
+                     .arg(target->udpPort());
+        QTEST(shown.join(" | "), "fields");
     }
 
     void settingsTabsStayInStep()

@@ -2,6 +2,7 @@
 // About dialog. The target is always a loopback address: nothing here presses Read or Write.
 #include "app/appcontext.h"
 #include "app/appmodel.h"
+#include "app/devicetarget.h"
 #include "app/report.h"
 #include "settings/mavixsetting.h"
 #include "sim/simdataport.h"
@@ -77,7 +78,7 @@ private slots:
               "fields");
         QCOMPARE(area()->toPlainText().contains(QStringLiteral("-target:") + preset), reported);
         // Never the factory address in place of the host the user named.
-        QCOMPARE(MavixSetting::current().ipAddress, field("GenTargetIPAddressTextarea"));
+        QCOMPARE(m_context->target()->host(), field("GenTargetIPAddressTextarea"));
     }
     void tabChangeReappliesTarget()
     {
@@ -85,12 +86,12 @@ private slots:
         auto *ip = window()->findChild<QLineEdit *>("GenTargetIPAddressTextarea");
         ip->setText(QStringLiteral("127.0.0.9"));
         tabs->setCurrentIndex(1);
-        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+        QCOMPARE(m_context->target()->host(), QStringLiteral("127.0.0.9"));
         ip->setText(QStringLiteral("not an address"));
         tabs->setCurrentIndex(2);
         tabs->setCurrentIndex(0);
         QCOMPARE(area()->toPlainText().count(QStringLiteral("Error:IP address is invalid")), 2);
-        QCOMPARE(MavixSetting::current().ipAddress, QStringLiteral("127.0.0.9"));
+        QCOMPARE(m_context->target()->host(), QStringLiteral("127.0.0.9"));
     }
     // The eye follows the window's height; a hidden shortcut makes it blink.
     void logoFollowsWindowHeightAndShortcut()
@@ -119,9 +120,9 @@ private slots:
         QFile file(dir.filePath("data.bin"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(64 * 1024 * 1024));
         build(QStringLiteral("127.0.0.1:9:%1").arg(port.port()));
-        AppModel::currentSendOption()->setFileName(file.fileName());
+        m_context->model()->sendOption()->setFileName(file.fileName());
         m_context->worker()->beginSendThread(
-            TransferRun::of(*AppModel::currentSendOption(), "127.0.0.1", port.port()));
+            TransferRun::of(*m_context->model()->sendOption(), "127.0.0.1", port.port()));
         QTRY_COMPARE_WITH_TIMEOUT(m_context->worker()->sendStatus(), TS_RUN, 10000);
         QElapsedTimer closing;
         closing.start();

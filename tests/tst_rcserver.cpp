@@ -68,10 +68,7 @@ private slots:
     {
         simThread = std::make_unique<SimThread>();
         QVERIFY(simThread->start());
-        MavixSetting target;
-        target.ipAddress = QStringLiteral("127.0.0.1");
-        target.udpPort = simThread->udpPort();
-        MavixSetting::setCurrent(target);
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), simThread->udpPort());
         simThread->sim()->poke(0x10, hex("01020AFF"));
         server = std::make_unique<RCServer>();
         server->setAgent(&agent);
@@ -84,7 +81,6 @@ private slots:
     {
         server.reset();
         simThread.reset();
-        MavixSetting::setCurrent(MavixSetting());
     }
 
     void replies_data()

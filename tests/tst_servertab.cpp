@@ -26,20 +26,12 @@ private slots:
     {
         f = std::make_unique<TabFixture<ServerTab>>();
         QVERIFY(f->start());
-        MavixSetting target;
-        target.ipAddress = QStringLiteral("127.0.0.1");
-        target.udpPort = f->simThread.udpPort();
-        MavixSetting::setCurrent(target);
         f->sim()->poke(0x10, hex("01020AFF"));
         f->tab.setAccessTimeoutMs(300);
         f->tab.setPort(0);
         QVERIFY(f->tab.start());
     }
-    void cleanup()
-    {
-        f.reset();
-        MavixSetting::setCurrent(MavixSetting());
-    }
+    void cleanup() { f.reset(); }
 
     // The tab shows the server's log: connections with their peers, commands, departures.
     void logShowsSessions()

@@ -21,6 +21,7 @@ private slots:
     {
         m_rig.start();
         m_tab = new TCPTab;
+        m_tab->setup(m_rig.model.get(), m_rig.worker, &m_rig.target);
         m_tab->show();
     }
     void cleanup() { delete m_tab, m_rig.stop(); }
@@ -71,12 +72,12 @@ private slots:
         QFETCH(QString, reason);
         const QString path = file.isEmpty() ? QString() : m_rig.dir.filePath(file);
         if (!sending && file.isEmpty())
-            pointWorkerAt(0);
+            m_rig.pointWorkerAt(0);
         sending ? m_rig.model->setSendFileName(path) : m_rig.model->setRecvFileName(path);
         QSignalSpy failed(m_tab, &TCPTab::connectFailed);
         QDialog *dialog = open(sending);
         click(dialog, sending ? "SendButton" : "RecvButton");
-        const QString port = QString::number(MavixSetting::current().tcpDataPort);
+        const QString port = QString::number(m_rig.target.tcpPort());
         reason = reason.contains("%1") ? reason.arg(file.isEmpty() ? port : path) : reason;
         QTRY_COMPARE_WITH_TIMEOUT(text(dialog, "ErrorLabel"), reason, kTransferTimeoutMs);
         QTRY_VERIFY(enabled(dialog, sending ? "SendButton" : "RecvButton"));

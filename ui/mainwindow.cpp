@@ -1,6 +1,7 @@
 #include "ui/mainwindow.h"
 
 #include "app/accessgate.h"
+#include "app/devicetarget.h"
 #include "app/productinfo.h"
 #include "app/report.h"
 #include "app/startupoptions.h"
@@ -79,9 +80,9 @@ QKeySequence animationKeySequence()
 } // namespace
 
 MainWindow::MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation,
-                       QWidget *parent, const QString &presetTarget)
-    : QMainWindow(parent), m_ui(new Ui::MainWindow), m_expert(expert), m_serverMode(serverMode),
-      m_uiPort(uiPort)
+                       QWidget *parent, const QString &presetTarget, const Parts &parts)
+    : QMainWindow(parent), m_ui(new Ui::MainWindow), m_parts(parts), m_expert(expert),
+      m_serverMode(serverMode), m_uiPort(uiPort)
 {
     if (!noTranslation)
         loadTranslation();
@@ -168,15 +169,22 @@ void MainWindow::loadTranslation()
 
 void MainWindow::initTabs(const QString &presetTarget)
 {
+    DeviceTarget *target = m_parts.target;
     m_agent = new WrenAgent(this);
+    m_agent->follow(target);
     connect(m_agent->gate(), &AccessGate::busyChanged, this, &MainWindow::showBusy);
     generalTab()->setAgent(m_agent);
+    generalTab()->setDeviceTarget(target);
     udpTab()->setAgent(m_agent);
     udpTab()->setExpertMode(m_expert);
     zelrs232cTab()->setAgent(m_agent);
-    if (m_ui->expertTab && m_expert)
+    if (m_ui->expertTab && m_expert) {
         m_ui->expertTab->setAgent(m_agent);
+        m_ui->expertTab->setDeviceTarget(target);
+    }
     zelgpibTab()->setAgent(m_agent);
+    zelgpibTab()->setDeviceTarget(target);
+    tcpTab()->setup(m_parts.model, m_parts.worker, target);
 
     removeTabsOfOtherModes();
     if (m_serverTab) {
@@ -199,9 +207,6 @@ void MainWindow::initTabs(const QString &presetTarget)
 
     applyPresetTarget(presetTarget);
     generalTab()->applyTargetFields(true);
-    tcpTab()->applyTargetSettingChange(MavixSetting::current());
-    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
-    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 // The form holds every tab; the mode decides which stay. Normal: General to ZEL-GPIB; expert adds
@@ -225,10 +230,10 @@ void MainWindow::removeTabsOfOtherModes()
     m_ui->serverTab = nullptr;
 }
 
-// "-target:HOST[:UDPPORT[:TCPPORT]]" fills the General tab's target fields before the first apply.
-// Every valid part is kept and every invalid one reported. An invalid host stays in its field, as
-// typed, so that Read and Connect are refused until it is corrected: the tool never falls back to
-// the factory address for a device the user named.
+// "-target:HOST[:UDPPORT[:TCPPORT]]" sets the target before the first apply of its fields. Every
+// valid part is kept and every invalid one reported. An invalid host becomes the target as typed,
+// so that Read and Connect are refused until it is corrected: the tool never falls back to the
+// factory address for a device the user named.
 void MainWindow::applyPresetTarget(const QString &presetTarget)
 {
     if (presetTarget.isEmpty())
@@ -245,25 +250,18 @@ void MainWindow::applyPresetTarget(const QString &presetTarget)
         refuse(tr("TCP Port number must be 0 to 65535"));
         parts.tcpPort.clear();
     }
-    if (!parts.host.isEmpty() && checkTargetAddress(parts.host) != AddressProblem::None) {
+    if (!parts.host.isEmpty() && checkTargetAddress(parts.host) != AddressProblem::None)
         refuse(tr("IP address is invalid"));
-        MavixSetting unusable = MavixSetting::current();
-        unusable.ipAddress = parts.host;
-        MavixSetting::setCurrent(unusable);
-    }
-    generalTab()->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
-    if (m_expertTab)
-        m_expertTab->setTargetFields(parts.host, parts.tcpPort, parts.udpPort);
+    DeviceTarget *target = m_parts.target;
+    target->set(parts.host.isEmpty() ? target->host() : parts.host,
+                parsePort(parts.udpPort).value_or(target->udpPort()),
+                parsePort(parts.tcpPort).value_or(target->tcpPort()));
+    generalTab()->fillUntouchedWriteFields(parts.host, parts.tcpPort, parts.udpPort);
 }
 
 void MainWindow::connectTabs()
 {
     LogoView *logo = m_ui->graphicsView;
-    connect(generalTab(), &GeneralTab::targetSettingChanged, udpTab(),
-            &UDPTab::applyTargetSettingChange);
-    connect(generalTab(), &GeneralTab::targetSettingChanged, tcpTab(),
-            &TCPTab::applyTargetSettingChange);
-
     connect(generalTab(), &GeneralTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
     connect(generalTab(), &GeneralTab::transmissionFailed, logo, &LogoView::CloseEye);
     connect(udpTab(), &UDPTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
@@ -297,13 +295,12 @@ void MainWindow::connectZelGpibTab()
     connect(button("ZELGPIBIFCButton"), &QPushButton::clicked, tab, &ZELGPIBTab::IFC);
     connect(tab->findChild<QLineEdit *>(QStringLiteral("ZELGPIBMaxReceiveLength")),
             &QLineEdit::editingFinished, tab, &ZELGPIBTab::maxReceiveLengthCheck);
-    connect(generalTab(), &GeneralTab::targetSettingChanged, tab,
-            &ZELGPIBTab::applyTargetSettingChange);
     connect(tab, &ZELGPIBTab::transmissionSuccessed, m_ui->graphicsView, &LogoView::StartAnimation);
     connect(tab, &ZELGPIBTab::transmissionFailed, m_ui->graphicsView, &LogoView::CloseEye);
 }
 
-// The ZEL-RS232C tab and the General and Detail tabs keep each other's target setting.
+// A settings record read or written on the ZEL-RS232C tab or the General and Detail tabs reaches
+// the other two: the target it names, the module's ports, the Detail fields.
 void MainWindow::connectSerialBridgeTab()
 {
     ZELRS232CTab *serial = zelrs232cTab();
@@ -323,7 +320,7 @@ void MainWindow::connectSerialBridgeTab()
 }
 
 // The Detail tab edits the same device as the General tab: target fields, EEPROM box and the
-// target setting travel both ways.
+// settings record travel both ways.
 void MainWindow::connectExpertTab()
 {
     connect(generalTab()->eepromAccessCheckbox(), &QCheckBox::toggled, this,
@@ -347,10 +344,6 @@ void MainWindow::connectExpertTab()
     connect(m_expertTab, &ExpertTab::targetSettingChanged, generalTab(),
             &GeneralTab::applyTargetSettingChange);
     // The ZEL-RS232C tab's part of this routing is in connectSerialBridgeTab().
-    connect(m_expertTab, &ExpertTab::targetSettingChanged, udpTab(),
-            &UDPTab::applyTargetSettingChange);
-    connect(m_expertTab, &ExpertTab::targetSettingChanged, tcpTab(),
-            &TCPTab::applyTargetSettingChange);
 
     LogoView *logo = m_ui->graphicsView;
     connect(m_expertTab, &ExpertTab::transmissionSuccessed, logo, &LogoView::StartAnimation);
@@ -430,10 +423,9 @@ void MainWindow::regetNetworkInfo(int index)
     else if (m_expertTab && shown == m_expertTab)
         applyGeneralTargetInfoToExpert();
     m_shownTab = shown;
+    // The other tabs follow the target itself; only what was typed needs applying (and an invalid
+    // target is reported on each change).
     generalTab()->applyTargetFields(true);
-    tcpTab()->applyTargetSettingChange(MavixSetting::current());
-    zelrs232cTab()->applyTargetSettingChange(MavixSetting::current());
-    zelgpibTab()->applyTargetSettingChange(MavixSetting::current());
 }
 
 void MainWindow::actionAbout_triggered()

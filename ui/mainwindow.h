@@ -10,12 +10,15 @@
 namespace Ui {
 class MainWindow;
 }
+class AppModel;
+class DeviceTarget;
 class ExpertTab;
 class GeneralTab;
 class QAction;
 class QShortcut;
 class ServerTab;
 class TCPTab;
+class TCPThread;
 class UDPTab;
 class WrenAgent;
 class ZELGPIBTab;
@@ -26,8 +29,16 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation,
-               QWidget *parent = nullptr, const QString &presetTarget = QString());
+    // What the window's owner hands it (none owned by the window; all outlive it).
+    struct Parts
+    {
+        AppModel *model = nullptr;
+        TCPThread *worker = nullptr;
+        DeviceTarget *target = nullptr;
+    };
+
+    MainWindow(bool expert, bool serverMode, int uiPort, bool noTranslation, QWidget *parent,
+               const QString &presetTarget, const Parts &parts);
     ~MainWindow() override;
 
     // Tabs, for the parts of the program and the tests that drive them
@@ -74,6 +85,7 @@ private:
     void appendMessage(const QString &html);
 
     Ui::MainWindow *m_ui = nullptr;
+    Parts m_parts;
     WrenAgent *m_agent = nullptr;
     ExpertTab *m_expertTab = nullptr;
     ServerTab *m_serverTab = nullptr;

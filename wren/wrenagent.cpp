@@ -1,6 +1,7 @@
 #include "wren/wrenagent.h"
 
 #include "app/accessgate.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
 #include "wren/wrenpacket.h"
 #include "wren/wrenreport.h"
@@ -52,6 +53,19 @@ void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
     m_socket = new QUdpSocket(this);
     if (!m_socket->bind(0))
         LOG_ERROR(tr("UDP socket bind error"));
+}
+
+void WrenAgent::follow(const DeviceTarget *target)
+{
+    if (m_followed)
+        disconnect(m_followed, nullptr, this, nullptr);
+    m_followed = target;
+    if (!target)
+        return;
+    const auto aim = [this, target] { setTarget(target->address(), target->udpPort()); };
+    connect(target, &DeviceTarget::changed, this, aim);
+    connect(target, &QObject::destroyed, this, [this] { m_followed = nullptr; });
+    aim();
 }
 
 quint16 WrenAgent::localPort() const

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 class AccessGate;
+class DeviceTarget;
 class QUdpSocket;
 class WrenPacket;
 
@@ -30,6 +31,9 @@ public:
     void setTarget(const QHostAddress &address, quint16 udpPort);
     [[nodiscard]] QHostAddress targetAddress() const { return m_targetAddress; }
     [[nodiscard]] quint16 targetPort() const { return m_targetPort; }
+    // Aims the agent at `target` now and whenever it changes: the one road by which the program's
+    // target reaches the agent. Null stops following.
+    void follow(const DeviceTarget *target);
     // Local port of the current socket, 0 while there is none or it is unbound.
     [[nodiscard]] quint16 localPort() const;
 
@@ -59,5 +63,6 @@ private:
     quint32 m_packetIdCounter = 0;
     QUdpSocket *m_socket = nullptr;
     QHostAddress m_targetAddress{QHostAddress::LocalHost};
+    const DeviceTarget *m_followed = nullptr;
     quint16 m_targetPort = 0;
 };

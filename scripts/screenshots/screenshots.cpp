@@ -5,6 +5,7 @@
 // With -expert it takes only the Detail tab, which exists in expert mode alone.
 #include "app/accessgate.h"
 #include "app/appcontext.h"
+#include "app/devicetarget.h"
 #include "app/log.h"
 #include "modules/zelgpibtab.h"
 #include "server/allowrule.h"
@@ -284,11 +285,11 @@ int main(int argc, char *argv[])
     // The ZEL-GPIB tab against the emulator's GPIB module: the meter's identification as text,
     // then what the echo box sends back, as hex.
     SimGpib gpib;
-    MavixSetting gpibTarget = MavixSetting::current();
-    gpibTarget.tcpDataPort = gpib.start(QHostAddress::LocalHost, 0);
+    DeviceTarget *deviceTarget = context.target();
+    deviceTarget->set(deviceTarget->host(), deviceTarget->udpPort(),
+                      gpib.start(QHostAddress::LocalHost, 0));
     device.sim()->poke(SimGpib::kSettingsAddress, SimGpib::startSettings());
     tabs->setCurrentIndex(4);
-    window->zelgpibTab()->applyTargetSettingChange(gpibTarget);
     click(window, "ZELGPIBSettingRead");
     click(window, "ZELGPIBConnectButton");
     click(window, "ZELGPIBSendButton");
