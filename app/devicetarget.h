@@ -25,9 +25,25 @@ public:
     [[nodiscard]] quint16 udpPort() const { return m_udpPort; }
     [[nodiscard]] quint16 tcpPort() const { return m_tcpPort; }
 
-    // Announces changed() when anything differs.
+    // Announces changed() when anything differs. Changes nothing while pinned.
     void set(const QString &host, quint16 udpPort, quint16 tcpPort);
     void setHost(const QString &host) { set(host, m_udpPort, m_tcpPort); }
+
+    // Keeps the target where it is for the life of the object (when `active`): while the EEPROM
+    // copy is rewritten the device goes on answering at its address, whatever record is announced
+    // meanwhile, and the permission release that ends the write must reach it there.
+    class Pin
+    {
+    public:
+        Pin(DeviceTarget *target, bool active);
+        ~Pin();
+        Pin(const Pin &) = delete;
+        Pin &operator=(const Pin &) = delete;
+
+    private:
+        DeviceTarget *m_target = nullptr;
+    };
+    [[nodiscard]] bool isPinned() const { return m_pinned; }
 
 signals:
     void changed();
@@ -36,4 +52,5 @@ private:
     QString m_host = defaultHost();
     quint16 m_udpPort = kDefaultUdpPort;
     quint16 m_tcpPort = kDefaultTcpPort;
+    bool m_pinned = false;
 };

@@ -3,6 +3,7 @@
 #include "app/accessgate.h"
 #include "app/devicetarget.h"
 #include "app/report.h"
+#include "app/validators.h"
 #include "settings/mavixsettingaccess.h"
 #include "ui_generaltab.h"
 #include "wren/wrenagent.h"
@@ -153,7 +154,11 @@ void GeneralTab::applyTargetSettingChange(MavixSetting setting)
 {
     if (!isReady())
         return;
-    m_target->set(setting.ipAddress, setting.udpPort, setting.tcpDataPort);
+    // An address nobody can talk to (the image of a device reached over IPv6 shows 0.0.0.0) keeps
+    // the host the device was reached at.
+    const bool usable = checkTargetAddress(setting.ipAddress) == AddressProblem::None;
+    m_target->set(usable ? setting.ipAddress : m_target->host(), setting.udpPort,
+                  setting.tcpDataPort);
     showTarget(); // typed text that was never applied gives way too
 }
 
@@ -184,6 +189,7 @@ void GeneralTab::writeDeviceInformation()
         return;
     // The whole sequence is one device operation: nothing else may run between its steps.
     AccessGate::Hold hold(m_agent->gate());
+    const DeviceTarget::Pin pin(m_target, isEEPROMAccessChecked());
     prepareAccess();
     const std::optional<QByteArray> image = m_access->readImage(m_access->imageBase());
     if (!image)

@@ -3,6 +3,7 @@
 #include "app/appcontext.h"
 #include "app/devicetarget.h"
 #include "settings/experttab.h"
+#include "simclient.h"
 #include "tabfixture.h"
 #include "testtable.h"
 #include "ui/mainwindow.h"
@@ -187,6 +188,26 @@ private slots:
                      .arg(target->tcpPort())
                      .arg(target->udpPort());
         QTEST(shown.join(" | "), "fields");
+    }
+
+    // The device keeps answering where it is while its EEPROM copy is rewritten: the record the
+    // write announces moves no target, and the permission release reaches the device.
+    void eepromWriteKeepsTheTarget()
+    {
+        SimThread sim;
+        QVERIFY(sim.start());
+        sim.sim()->poke(MavixSetting::kEepromBase, knownImage("127.0.0.7", 7777, 1024));
+        AppContext context(true, false, 0, true, nullptr,
+                           QStringLiteral("127.0.0.1:%1:24").arg(sim.udpPort()));
+        ExpertTab *tab = context.mainWindow()->expertTab();
+        tab->setAccessTimeoutMs(kTabTimeoutMs);
+        tab->setEEPROMAccessChecked(true);
+        tab->readDeviceInformation();
+        tab->writeDeviceInformation();
+        QCOMPARE(describe(sim.sim()->accessLog()).constLast(),
+                 writeOf(MavixSetting::kEepromPermission, hex("FF")));
+        QCOMPARE(context.target()->host(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(context.target()->udpPort(), sim.udpPort());
     }
 
     void settingsTabsStayInStep()
