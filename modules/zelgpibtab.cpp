@@ -10,7 +10,6 @@
 
 ZELGPIBTab::ZELGPIBTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::ZELGPIBTab>())
 {
-    MavixSetting::registerMetaType();
     m_ui->setupUi(this);
     m_ui->ZELGPIBReceivedData->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     TextAreaFeed::limit(m_ui->ZELGPIBReceivedData->document());

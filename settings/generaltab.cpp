@@ -20,10 +20,7 @@ GeneralTab::GeneralTab(QWidget *parent) : GeneralTab(WithoutForm{}, parent)
     connectForm();
 }
 
-GeneralTab::GeneralTab(WithoutForm, QWidget *parent) : QWidget(parent)
-{
-    MavixSetting::registerMetaType();
-}
+GeneralTab::GeneralTab(WithoutForm, QWidget *parent) : QWidget(parent) {}
 
 GeneralTab::~GeneralTab() = default;
 
@@ -147,7 +144,10 @@ void GeneralTab::readDeviceInformation()
         return;
 
     MavixSetting setting;
-    setting.decode(*image);
+    if (const std::optional<QString> problem = setting.decode(*image)) {
+        reportError(*problem);
+        return;
+    }
     if (!isEEPROMAccessChecked()) {
         MavixSetting::setCurrent(setting);
         emit targetSettingChanged(setting);
@@ -169,7 +169,10 @@ void GeneralTab::writeDeviceInformation()
         return;
 
     MavixSetting base;
-    base.decode(*image);
+    if (const std::optional<QString> problem = base.decode(*image)) {
+        reportError(*problem);
+        return;
+    }
     const std::optional<MavixSetting> record = recordFromFields(base);
     if (!record || !m_access->write(*record, *image))
         return;

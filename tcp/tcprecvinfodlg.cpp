@@ -128,8 +128,10 @@ void TCPRecvInfoDlg::applyDisplayMode()
 
 void TCPRecvInfoDlg::applyFormat(const QString &value)
 {
-    if (TCPOutputOption *recvOption = option())
-        recvOption->setFormat(value);
+    if (TCPOutputOption *recvOption = option()) {
+        if (const std::optional<QString> refusal = recvOption->setFormat(value))
+            reportError(*refusal);
+    }
 }
 
 void TCPRecvInfoDlg::onFormatChanged()
@@ -261,7 +263,8 @@ void TCPRecvInfoDlg::reserveTextOutput()
     if (m_textOutputReserved)
         return;
     m_textOutputReserved = true;
-    QMetaObject::invokeMethod(this, "textOutput", Qt::QueuedConnection, Q_ARG(bool, false));
+    QMetaObject::invokeMethod(
+        this, [this] { textOutput(false); }, Qt::QueuedConnection);
 }
 
 void TCPRecvInfoDlg::textOutput(bool forceAll)

@@ -1,9 +1,12 @@
 // Status and error values of the TCP transfer worker. They travel in queued signals between the
-// worker thread and the dialogs, so both are registered meta-types under their own names.
+// worker thread and the dialogs, so both are also registered under their own names.
 #pragma once
 
-#include <QMetaType>
+#include <QObject>
 #include <QString>
+
+namespace TcpTransfer {
+Q_NAMESPACE
 
 enum THREAD_STATUS {
     TS_STOP = 0,
@@ -11,15 +14,18 @@ enum THREAD_STATUS {
     TS_RUN = 2,
     TS_STOPPING = 3,
 };
+Q_ENUM_NS(THREAD_STATUS)
 
 enum TCPTHREAD_ERROR {
     TTE_CONNECT_ERROR = 0,
     TTE_SEND_ERROR = 1,
     TTE_RECV_ERROR = 2,
 };
+Q_ENUM_NS(TCPTHREAD_ERROR)
 
-Q_DECLARE_METATYPE(THREAD_STATUS)
-Q_DECLARE_METATYPE(TCPTHREAD_ERROR)
+} // namespace TcpTransfer
+
+using namespace TcpTransfer; // the values are used unqualified everywhere
 
 // Text form used in log lines and warnings.
 [[nodiscard]] QString threadStatusText(int status);

@@ -2,6 +2,8 @@
 #include "tcpfixture.h"
 #include "testtable.h"
 
+#include "tcp/recvstream.h"
+
 #include <QtTest>
 
 #include <csignal>
@@ -34,7 +36,7 @@ private slots:
             connect(worker, reported, this, [this](const QString &text) { m_runReports << text; });
         connect(worker, &TCPThread::recvStringAdded, this, [this] {
             if (m_drainDisplay)
-                m_display += m_rig.worker->takeRecvData(TCPThread::kRecvTextLimitBytes);
+                m_display += m_rig.worker->takeRecvData(RecvStream::kTailBytes);
         });
     }
     void cleanup() { m_rig.stop(); }
