@@ -60,4 +60,8 @@ private:
     QUdpSocket *m_socket = nullptr;
     QHostAddress m_targetAddress{QHostAddress::LocalHost};
     quint16 m_targetPort = 0;
+    // Reused by every access: a datagram is read here and only its bytes are copied out, and the
+    // sender's address object is assigned rather than made anew.
+    QByteArray m_datagram;
+    QHostAddress m_sender;
 };
