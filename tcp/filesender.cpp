@@ -25,6 +25,7 @@ bool FileSender::open(const TransferRun &run)
     m_showData = run.displayMode != TCPOutputOption::kDisplayOff;
     m_layout = run.layout;
     m_decoder.reset();
+    m_shownText.resetState();
     m_sent = m_queuedFileBytes = m_queuedPayload = m_writtenPayload = m_displayed = 0;
     m_batchEnds.clear();
     m_atEnd = false;
@@ -135,7 +136,7 @@ void FileSender::show(qint64 fileBytes, QByteArrayView payload)
     const qint64 from = m_queuedFileBytes;
     m_displayed += covered;
     if (!text.isEmpty())
-        emit shown(QString::fromUtf8(text), from, covered);
+        emit shown(m_shownText.decode(text), from, covered);
 }
 
 void FileSender::sendLastProgress()

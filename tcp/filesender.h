@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QList>
 #include <QObject>
+#include <QStringDecoder>
 
 class QTcpSocket;
 class QTimer;
@@ -61,6 +62,8 @@ private:
     bool m_showData = false;
     HexLayout m_layout;
     HexTextDecoder m_decoder;
+    // A character of a hex text file may be split between two chunks: it is shown once whole.
+    QStringDecoder m_shownText{QStringDecoder::Utf8};
     QByteArray m_chunk;
     QByteArray m_payload;
     QTcpSocket *m_socket = nullptr;
