@@ -25,7 +25,16 @@ Q_ENUM_NS(TCPTHREAD_ERROR)
 
 } // namespace TcpTransfer
 
-using namespace TcpTransfer; // the values are used unqualified everywhere
+// The names the worker's signals carry, and the values used unqualified everywhere.
+using THREAD_STATUS = TcpTransfer::THREAD_STATUS;
+using TCPTHREAD_ERROR = TcpTransfer::TCPTHREAD_ERROR;
+inline constexpr THREAD_STATUS TS_STOP = TcpTransfer::TS_STOP;
+inline constexpr THREAD_STATUS TS_STARTING = TcpTransfer::TS_STARTING;
+inline constexpr THREAD_STATUS TS_RUN = TcpTransfer::TS_RUN;
+inline constexpr THREAD_STATUS TS_STOPPING = TcpTransfer::TS_STOPPING;
+inline constexpr TCPTHREAD_ERROR TTE_CONNECT_ERROR = TcpTransfer::TTE_CONNECT_ERROR;
+inline constexpr TCPTHREAD_ERROR TTE_SEND_ERROR = TcpTransfer::TTE_SEND_ERROR;
+inline constexpr TCPTHREAD_ERROR TTE_RECV_ERROR = TcpTransfer::TTE_RECV_ERROR;
 
 // Text form used in log lines and warnings.
 [[nodiscard]] QString threadStatusText(int status);
