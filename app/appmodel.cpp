@@ -1,5 +1,7 @@
 #include "app/appmodel.h"
 
+#include "app/report.h"
+
 #include <atomic>
 
 namespace {
@@ -46,22 +48,42 @@ void AppModel::setSendFileName(const QString &name)
     m_sendOption.setFileName(name);
 }
 
+namespace {
+
+bool reported(const TCPOutputOption::FileCheck &check)
+{
+    if (check.usable && !check.message.isEmpty())
+        reportResult(check.message);
+    else if (!check.usable)
+        reportError(check.message);
+    return check.usable;
+}
+
+bool reported(const std::optional<QString> &refusal)
+{
+    if (refusal)
+        reportError(*refusal);
+    return !refusal;
+}
+
+} // namespace
+
 bool AppModel::checkRecvFile()
 {
-    return m_recvOption.checkFile();
+    return reported(m_recvOption.checkFile());
 }
 
 bool AppModel::checkSendFile()
 {
-    return m_sendOption.checkFile();
+    return reported(m_sendOption.checkFile());
 }
 
 bool AppModel::setRecvFormat(const QString &text)
 {
-    return m_recvOption.setFormat(text);
+    return reported(m_recvOption.setFormat(text));
 }
 
 bool AppModel::setSendFormat(const QString &text)
 {
-    return m_sendOption.setFormat(text);
+    return reported(m_sendOption.setFormat(text));
 }

@@ -175,7 +175,7 @@ int toolTransfer(bool receiving, quint16 port, const QString &path)
     option->setDisplayMode(TCPOutputOption::kDisplayOff);
     option->setUseHexFile(false);
     option->setFileName(path);
-    if (!option->checkFile())
+    if (!option->checkFile().usable)
         return 1;
 
     QThread thread;

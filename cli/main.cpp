@@ -33,6 +33,5 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("mavix"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MAVIX_VERSION));
     loadTranslations(app);
-    MavixSetting::registerMetaType();
     return CommandLine().run(QCoreApplication::arguments());
 }

@@ -109,7 +109,10 @@ int SettingsCommands::show(const CommandContext &context)
     if (!image)
         return failureCode(access);
     MavixSetting setting;
-    setting.decode(*image);
+    if (const std::optional<QString> problem = setting.decode(*image)) {
+        reportError(*problem);
+        return ExitCode::kBadReply;
+    }
     printSetting(context, setting);
     reportResult(QCoreApplication::translate("GeneralTab", "Reading Mavix setting is successed"));
     return ExitCode::kSuccess;
@@ -167,7 +170,10 @@ int SettingsCommands::set(const CommandContext &context)
     if (!image)
         return failureCode(access);
     MavixSetting device;
-    device.decode(*image);
+    if (const std::optional<QString> problem = device.decode(*image)) {
+        reportError(*problem);
+        return ExitCode::kBadReply;
+    }
     const std::optional<MavixSetting> record = recordFrom(context, device);
     if (!record)
         return ExitCode::kRefusedInput;

@@ -165,7 +165,7 @@ void TransferCommand::stop()
     if (receiving())
         m_worker->stopReceiving();
     else
-        QMetaObject::invokeMethod(m_worker, "stopSending", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(m_worker, &TCPThread::stopSending, Qt::QueuedConnection);
 }
 
 void TransferCommand::interrupt()

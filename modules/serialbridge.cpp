@@ -16,7 +16,6 @@ SerialBridge::SerialBridge(WrenAgent *agent, QObject *parent)
     : QObject(parent), m_agent(agent), m_accessTimeoutMs(WrenAgent::kAccessTimeoutMs),
       m_dataTimeoutMs(WrenAgent::kAccessTimeoutMs)
 {
-    MavixSetting::registerMetaType();
     for (SerialConnectorSession *&one : m_sessions) {
         one = new SerialConnectorSession(agent->gate(), this);
         connect(one, &SerialConnectorSession::closedByPeer, this, &SerialBridge::connectionChanged);
@@ -93,7 +92,7 @@ bool SerialBridge::read(bool eeprom)
         }
         m_config = decoded;
         MavixSetting setting;
-        setting.decode(block);
+        (void)setting.decode(block); // its size is checked above
         takePorts(setting, !eeprom);
         if (!eeprom)
             emit targetSettingChanged(setting);
@@ -140,13 +139,12 @@ bool SerialBridge::readRunningPorts()
     try {
         const QByteArray block =
             m_agent->read(kSettingsBlockAddress, MavixSetting::kImageSize, m_accessTimeoutMs);
-        if (block.size() < MavixSetting::kImageSize) {
+        MavixSetting setting;
+        if (setting.decode(block)) {
             m_lastAccessError = int(WrenError::ShortReply);
             reportError(tr("Read ZEL-RS232C setting is invalid"));
             return false;
         }
-        MavixSetting setting;
-        setting.decode(block);
         takePorts(setting, true);
         return true;
     } catch (const WrenError &error) {
@@ -165,10 +163,9 @@ void SerialBridge::writeSequence(quint32 offset, Connector connector, quint16 po
 
     const QByteArray block =
         m_agent->read(kSettingsBlockAddress - offset, MavixSetting::kImageSize, m_accessTimeoutMs);
-    if (block.size() < MavixSetting::kImageSize)
-        return;
     MavixSetting setting;
-    setting.decode(block);
+    if (setting.decode(block))
+        return; // too short: the next read shows the ports
     takePorts(setting, offset == 0);
     if (offset == 0)
         emit targetSettingChanged(setting);

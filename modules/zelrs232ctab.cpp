@@ -22,7 +22,6 @@ ZELRS232CTab::ZELRS232CTab(QWidget *parent)
     : QWidget(parent), m_ui(std::make_unique<Ui::ZELRS232CTab>()),
       m_accessTimeoutMs(WrenAgent::kAccessTimeoutMs), m_dataTimeoutMs(WrenAgent::kAccessTimeoutMs)
 {
-    MavixSetting::registerMetaType();
     m_ui->setupUi(this);
     m_ui->ZELRS232cReceivedDataTextarea->setFont(
         QFontDatabase::systemFont(QFontDatabase::FixedFont));

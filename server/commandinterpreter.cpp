@@ -221,7 +221,6 @@ CommandInterpreter::Result CommandInterpreter::help(const QStringList &words)
 
 QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
 {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
     QByteArray text;
     // Per line: an address of up to 8 digits, " : ", three characters a byte, CR LF.
     text.reserve((data.size() / kDumpBytesPerLine + 1) * (8 + 3 + 3 * kDumpBytesPerLine + 2));
@@ -229,13 +228,9 @@ QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
         text += QByteArray::number(address + quint32(offset), 16).toUpper().rightJustified(2, '0');
         text += " : ";
         const qsizetype end = qMin(offset + kDumpBytesPerLine, data.size());
-        for (qsizetype i = offset; i < end; ++i) {
-            const auto byte = uchar(data.at(i));
-            text += kDigits[byte >> 4];
-            text += kDigits[byte & 0xF];
-            text += ' ';
-        }
-        text += "\r\n";
+        text +=
+            QByteArray::fromRawData(data.constData() + offset, end - offset).toHex(' ').toUpper();
+        text += " \r\n";
     }
     return text;
 }

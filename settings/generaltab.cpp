@@ -21,10 +21,7 @@ GeneralTab::GeneralTab(QWidget *parent) : GeneralTab(WithoutForm{}, parent)
     connectForm();
 }
 
-GeneralTab::GeneralTab(WithoutForm, QWidget *parent) : QWidget(parent)
-{
-    MavixSetting::registerMetaType();
-}
+GeneralTab::GeneralTab(WithoutForm, QWidget *parent) : QWidget(parent) {}
 
 GeneralTab::~GeneralTab() = default;
 
@@ -173,7 +170,10 @@ void GeneralTab::readDeviceInformation()
         return;
 
     MavixSetting setting;
-    setting.decode(*image);
+    if (const std::optional<QString> problem = setting.decode(*image)) {
+        reportError(*problem);
+        return;
+    }
     if (!isEEPROMAccessChecked()) {
         applyTargetSettingChange(setting);
         emit targetSettingChanged(setting);
@@ -196,7 +196,10 @@ void GeneralTab::writeDeviceInformation()
         return;
 
     MavixSetting base;
-    base.decode(*image);
+    if (const std::optional<QString> problem = base.decode(*image)) {
+        reportError(*problem);
+        return;
+    }
     const std::optional<MavixSetting> record = recordFromFields(base);
     if (!record || !m_access->write(*record, *image))
         return;

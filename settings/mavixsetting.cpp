@@ -42,12 +42,10 @@ void writeU16(QByteArray &image, int offset, quint16 value)
 
 } // namespace
 
-void MavixSetting::decode(const QByteArray &image)
+std::optional<QString> MavixSetting::decode(const QByteArray &image)
 {
-    if (image.size() < kImageSize) {
-        reportError(tr("Mavix Setting buffer is too small"));
-        return;
-    }
+    if (image.size() < kImageSize)
+        return tr("Mavix Setting buffer is too small");
     const auto byteAt = [&image](int offset) { return quint8(image.at(offset)); };
     const auto octet = [&byteAt](int offset) { return uint(byteAt(offset)); };
 
@@ -69,6 +67,7 @@ void MavixSetting::decode(const QByteArray &image)
     tcpReconnectIntervalMs = readU16(image, kReconnectIntervalOffset);
     tcpRetransmissionTimerMs = readU16(image, kRetransmissionTimerOffset);
     tcpKeepAliveEnabled = (byteAt(kFlagsOffset) & kKeepAliveMask) != 0;
+    return std::nullopt;
 }
 
 QByteArray MavixSetting::encode(const QByteArray &imageReadBefore) const
@@ -100,14 +99,9 @@ QByteArray MavixSetting::encode(const QByteArray &imageReadBefore) const
 
 QString MavixSetting::macAddressText() const
 {
-    return QStringLiteral("%1:%2:%3:%4:%5:%6")
-        .arg(uint(macAddress[0]), 2, 16, QLatin1Char('0'))
-        .arg(uint(macAddress[1]), 2, 16, QLatin1Char('0'))
-        .arg(uint(macAddress[2]), 2, 16, QLatin1Char('0'))
-        .arg(uint(macAddress[3]), 2, 16, QLatin1Char('0'))
-        .arg(uint(macAddress[4]), 2, 16, QLatin1Char('0'))
-        .arg(uint(macAddress[5]), 2, 16, QLatin1Char('0'))
-        .toUpper();
+    const QByteArray bytes(reinterpret_cast<const char *>(macAddress.data()),
+                           qsizetype(macAddress.size()));
+    return QString::fromLatin1(bytes.toHex(':').toUpper());
 }
 
 QString MavixSetting::textReport() const

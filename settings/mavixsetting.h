@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 
 class MavixSetting
 {
@@ -18,8 +19,9 @@ public:
     static constexpr quint32 kEepromBase = 0xFFFFFC00;
     static constexpr quint32 kEepromPermission = 0xFFFFFCFF;
 
-    // Image layout
-    void decode(const QByteArray &image);
+    // Image layout. decode() takes the fields from a settings image, or gives the reason why the
+    // image cannot be used (the record is left as it was).
+    [[nodiscard]] std::optional<QString> decode(const QByteArray &image);
     [[nodiscard]] QByteArray encode(const QByteArray &imageReadBefore) const;
 
     // Multi-line report shown after a read (CR LF line ends).

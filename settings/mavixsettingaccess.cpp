@@ -19,7 +19,6 @@ constexpr int kSecondPieceOffset = 0x18;
 MavixSettingAccess::MavixSettingAccess(WrenAgent *agent, QObject *parent)
     : QObject(parent), m_agent(agent), m_accessTimeoutMs(WrenAgent::kAccessTimeoutMs)
 {
-    MavixSetting::registerMetaType();
 }
 
 quint32 MavixSettingAccess::imageBase() const
@@ -81,7 +80,10 @@ bool MavixSettingAccess::confirmUdpPortChange(const MavixSetting &record)
     if (!running)
         return false;
     MavixSetting runningSetting;
-    runningSetting.decode(*running);
+    if (const std::optional<QString> problem = runningSetting.decode(*running)) {
+        reportError(*problem);
+        return false;
+    }
     if (runningSetting.udpPort == record.udpPort || !m_confirmUdpPortChange ||
         m_confirmUdpPortChange())
         return true;

@@ -101,11 +101,8 @@ QString RegisterRange::formatDump(quint32 address, const QByteArray &data, bool 
             const quint32 lineAddress = address + quint32(offset); // wraps modulo 2^32
             dump += QStringLiteral("%1 : ").arg(lineAddress, 8, 16, QLatin1Char('0')).toUpper();
         }
-        const QByteArray line = data.mid(offset, kDumpBytesPerLine);
-        for (const char byte : line)
-            dump +=
-                QStringLiteral("%1 ").arg(uint(quint8(byte)), 2, 16, QLatin1Char('0')).toUpper();
-        dump += QLatin1Char('\n');
+        dump += QString::fromLatin1(data.mid(offset, kDumpBytesPerLine).toHex(' ').toUpper());
+        dump += QLatin1String(" \n");
     }
     return dump;
 }

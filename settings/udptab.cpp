@@ -13,7 +13,6 @@
 
 UDPTab::UDPTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::UDPTab>())
 {
-    MavixSetting::registerMetaType();
     m_ui->setupUi(this);
     m_ui->UDPDataTextarea->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     // The history is kept by addAddressToCombobox(), not by the combo box itself.

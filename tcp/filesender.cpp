@@ -25,19 +25,30 @@ bool FileSender::open(const TransferRun &run)
     m_showData = run.displayMode != TCPOutputOption::kDisplayOff;
     m_layout = run.layout;
     m_decoder.reset();
+    m_shownText.resetState();
     m_sent = m_queuedFileBytes = m_queuedPayload = m_writtenPayload = m_displayed = 0;
     m_batchEnds.clear();
     m_atEnd = false;
-    if (!m_file.open(QIODevice::ReadOnly))
+    if (run.fileName.isEmpty() || !m_file.open(QIODevice::ReadOnly))
         return false;
     m_fileSize = m_file.size();
     m_chunk.resize(kChunkBytes);
     return true;
 }
 
+QString FileSender::openFailureText() const
+{
+    const QString reason =
+        m_file.fileName().isEmpty()
+            ? tr("no send file is chosen")
+            : QStringLiteral("%1 (%2)").arg(m_file.fileName(), m_file.errorString());
+    return QStringLiteral("%1: %2").arg(tr("Send file cannot open"), reason);
+}
+
 void FileSender::start(QTcpSocket *socket, int writeTimeoutMs)
 {
     m_socket = socket;
+    m_throttle.restart();
     m_stallTimer->setInterval(writeTimeoutMs);
     connect(socket, &QTcpSocket::bytesWritten, this, &FileSender::onBytesWritten,
             Qt::UniqueConnection);
@@ -64,7 +75,7 @@ void FileSender::onBytesWritten(qint64 bytes)
     while (!m_batchEnds.isEmpty() && m_batchEnds.constFirst().payload <= m_writtenPayload)
         m_sent = m_batchEnds.takeFirst().fileBytes;
     if (m_sent != sentBefore)
-        emit progressed();
+        emitProgress(false);
     if (!m_socket)
         return;
     if (m_atEnd && m_batchEnds.isEmpty()) {
@@ -125,5 +136,16 @@ void FileSender::show(qint64 fileBytes, QByteArrayView payload)
     const qint64 from = m_queuedFileBytes;
     m_displayed += covered;
     if (!text.isEmpty())
-        emit shown(QString::fromUtf8(text), from, covered);
+        emit shown(m_shownText.decode(text), from, covered);
+}
+
+void FileSender::sendLastProgress()
+{
+    emitProgress(true);
+}
+
+void FileSender::emitProgress(bool force)
+{
+    if (m_throttle.take(m_sent, force))
+        emit progressed(m_sent, m_fileSize, m_throttle.elapsedMs());
 }

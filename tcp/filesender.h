@@ -7,11 +7,13 @@
 
 #include "tcp/hexlayout.h"
 #include "tcp/hextextdecoder.h"
+#include "tcp/progressthrottle.h"
 
 #include <QByteArray>
 #include <QFile>
 #include <QList>
 #include <QObject>
+#include <QStringDecoder>
 
 class QTcpSocket;
 class QTimer;
@@ -26,22 +28,26 @@ public:
     static constexpr qint64 kBatchBytes = 256 * 1024;
     // File bytes shown as sent text at most, when Show Data is on.
     static constexpr qint64 kDisplayLimitBytes = 65536;
+    // Progress figures are spaced so that a fast transfer does not flood the GUI's event queue.
+    static constexpr int kProgressIntervalMs = 50;
 
     explicit FileSender(QObject *parent = nullptr);
 
-    // Opens the run's file; false with the reason in errorString().
+    // Opens the run's file; false with the reason in openFailureText().
     [[nodiscard]] bool open(const TransferRun &run);
+    [[nodiscard]] QString openFailureText() const;
     void start(QTcpSocket *socket, int writeTimeoutMs);
     // Queues nothing more and closes the file.
     void stop();
+    // Sends the figure the throttle still holds (the last one of a run always shows).
+    void sendLastProgress();
 
     [[nodiscard]] qint64 sentBytes() const { return m_sent; }
     [[nodiscard]] qint64 fileSize() const { return m_fileSize; }
-    [[nodiscard]] QString errorString() const { return m_file.errorString(); }
 
 signals:
     void shown(const QString &text, qint64 bytesFrom, qint64 bytes);
-    void progressed();
+    void progressed(qint64 sentBytes, qint64 fileSize, qint64 elapsedMs);
     void finished();
     void stalled();
 
@@ -49,12 +55,15 @@ private:
     void onBytesWritten(qint64 bytes);
     void queueBatch();
     void show(qint64 fileBytes, QByteArrayView payload);
+    void emitProgress(bool force);
 
     QFile m_file;
     bool m_hexFile = false;
     bool m_showData = false;
     HexLayout m_layout;
     HexTextDecoder m_decoder;
+    // A character of a hex text file may be split between two chunks: it is shown once whole.
+    QStringDecoder m_shownText{QStringDecoder::Utf8};
     QByteArray m_chunk;
     QByteArray m_payload;
     QTcpSocket *m_socket = nullptr;
@@ -72,4 +81,5 @@ private:
     QList<BatchEnd> m_batchEnds; // batches not yet taken in full
     qint64 m_displayed = 0;
     bool m_atEnd = false;
+    ProgressThrottle m_throttle{kProgressIntervalMs};
 };

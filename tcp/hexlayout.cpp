@@ -10,8 +10,6 @@ namespace {
 constexpr qint64 kLargestColumnBytes = 1 << 30;
 constexpr qint64 kLargestLineBytes = std::numeric_limits<int>::max();
 
-const char kHexDigits[] = "0123456789ABCDEF";
-
 bool isLeadDigit(QChar c)
 {
     return c >= QLatin1Char('1') && c <= QLatin1Char('9');
@@ -20,18 +18,6 @@ bool isLeadDigit(QChar c)
 bool isDigit(QChar c)
 {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
-}
-
-void appendHex(QByteArray *out, const char *data, qsizetype size)
-{
-    const qsizetype oldSize = out->size();
-    out->resize(oldSize + 2 * size);
-    char *to = out->data() + oldSize;
-    for (qsizetype i = 0; i < size; ++i) {
-        const auto byte = static_cast<unsigned char>(data[i]);
-        *to++ = kHexDigits[byte >> 4];
-        *to++ = kHexDigits[byte & 0x0F];
-    }
 }
 
 } // namespace
@@ -91,13 +77,15 @@ void HexLayout::render(const char *data, qsizetype size, qint64 *position, QByte
     const qint64 inLine = *position % m_bytesPerLine;
     qsizetype column = columnAt(inLine);
     qint64 inColumn = inLine - m_columns.at(column).start;
+    // The digits of the whole chunk at once; the columns take their slices of them.
+    const QByteArray digits = QByteArray::fromRawData(data, size).toHex().toUpper();
     qsizetype done = 0;
     while (done < size) {
         const Column &current = m_columns.at(column);
         if (inColumn == 0)
             out->append(current.prefix);
         const qsizetype take = qsizetype(std::min<qint64>(current.bytes - inColumn, size - done));
-        appendHex(out, data + done, take);
+        out->append(digits.constData() + 2 * done, 2 * take);
         done += take;
         inColumn += take;
         if (inColumn < current.bytes)

@@ -1,31 +1,17 @@
 #include "tcp/hextextdecoder.h"
 
-namespace {
-
-int nibbleOf(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
-
-} // namespace
+#include <cctype>
 
 void HexTextDecoder::decode(const char *text, qsizetype size, QByteArray *out)
 {
+    QByteArray digits = m_pending;
+    digits.reserve(m_pending.size() + size);
     for (qsizetype i = 0; i < size; ++i) {
-        const int nibble = nibbleOf(text[i]);
-        if (nibble < 0)
-            continue;
-        if (m_highNibble < 0) {
-            m_highNibble = nibble;
-        } else {
-            out->append(char((m_highNibble << 4) | nibble));
-            m_highNibble = -1;
-        }
+        if (std::isxdigit(static_cast<unsigned char>(text[i])))
+            digits.append(text[i]);
     }
+    // An odd digit at the end is the high nibble of a byte that the next chunk completes.
+    m_pending = digits.size() % 2 ? digits.right(1) : QByteArray();
+    digits.truncate(digits.size() - m_pending.size());
+    out->append(QByteArray::fromHex(digits));
 }

@@ -10,8 +10,8 @@ class HexTextDecoder
 public:
     // Appends the completed bytes of `text` to `out`.
     void decode(const char *text, qsizetype size, QByteArray *out);
-    void reset() { m_highNibble = -1; }
+    void reset() { m_pending.clear(); }
 
 private:
-    int m_highNibble = -1;
+    QByteArray m_pending; // a digit waiting for its partner
 };

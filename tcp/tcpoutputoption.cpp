@@ -11,7 +11,7 @@ QString TCPOutputOption::defaultFormat()
 
 TCPOutputOption::TCPOutputOption(int kind, QObject *parent) : QObject(parent), m_kind(kind)
 {
-    setFormat(defaultFormat());
+    (void)setFormat(defaultFormat());
 }
 
 QString TCPOutputOption::format() const
@@ -20,24 +20,23 @@ QString TCPOutputOption::format() const
     return m_layout.format();
 }
 
-bool TCPOutputOption::setFormat(const QString &text)
+std::optional<QString> TCPOutputOption::setFormat(const QString &text)
 {
+    const QString refusal = tr("Format must include at least one number");
     {
         QMutexLocker lock(&m_mutex);
         if (text == m_layout.format() && !m_layout.items().isEmpty())
-            return m_layout.bytesPerLine() != 0;
+            return m_layout.bytesPerLine() != 0 ? std::nullopt : std::optional(refusal);
     }
     const HexLayout parsed = HexLayout::parse(text);
-    if (parsed.bytesPerLine() == 0) {
-        reportError(tr("Format must include at least one number"));
-        return false;
-    }
+    if (parsed.bytesPerLine() == 0)
+        return refusal;
     {
         QMutexLocker lock(&m_mutex);
         m_layout = parsed;
     }
     emit formatChanged();
-    return true;
+    return std::nullopt;
 }
 
 int TCPOutputOption::bytesPerLine() const
@@ -64,21 +63,18 @@ void TCPOutputOption::setFileName(const QString &name)
     m_file.setFileName(name);
 }
 
-bool TCPOutputOption::checkFile() const
+TCPOutputOption::FileCheck TCPOutputOption::checkFile() const
 {
     const QString name = fileName();
     if (name.isEmpty()) {
         if (m_kind == kKindRecv)
-            reportResult(tr("Save To is empty: received data will not be saved."));
-        else
-            reportError(tr("Send file is not chosen."));
-        return m_kind == kKindRecv;
+            return {true, tr("Save To is empty: received data will not be saved.")};
+        return {false, tr("Send file is not chosen.")};
     }
     const QString problem = problemWith(name);
     if (problem.isEmpty())
-        return true;
-    reportError(QStringLiteral("%1: %2 (%3)").arg(tr("File cannot open"), name, problem));
-    return false;
+        return {};
+    return {false, QStringLiteral("%1: %2 (%3)").arg(tr("File cannot open"), name, problem)};
 }
 
 QString TCPOutputOption::problemWith(const QString &name) const

@@ -13,6 +13,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <optional>
 
 class TCPOutputOption : public QObject
 {
@@ -48,7 +49,8 @@ public:
 
     // Format
     [[nodiscard]] QString format() const;
-    bool setFormat(const QString &text);
+    // Parses and applies `text`; the reason when it is refused (the old format stays then).
+    [[nodiscard]] std::optional<QString> setFormat(const QString &text);
     [[nodiscard]] int bytesPerLine() const;
     [[nodiscard]] HexLayout layout() const;
 
@@ -56,9 +58,15 @@ public:
     [[nodiscard]] QString fileName() const;
     // Stores the name without touching the file; checkFile() looks at it when editing is done.
     void setFileName(const QString &name);
-    // Reports why the file cannot be used as the transfer will use it, without creating,
-    // truncating or removing anything; an empty receive file is reported as saving nothing.
-    bool checkFile() const;
+    // Whether the file can be used as the transfer will use it, found without creating,
+    // truncating or removing anything, and what to tell the user: why not, or (an empty
+    // receive file) that nothing will be saved.
+    struct FileCheck
+    {
+        bool usable = true;
+        QString message;
+    };
+    [[nodiscard]] FileCheck checkFile() const;
 
     // Bytes a UTF-8 character takes, from its first byte: 0 for a continuation byte, -1 for a
     // byte that cannot start one.

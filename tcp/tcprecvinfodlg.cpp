@@ -124,7 +124,8 @@ void TCPRecvInfoDlg::applyDisplayMode()
 
 void TCPRecvInfoDlg::applyFormat(const QString &value)
 {
-    option()->setFormat(value);
+    if (const std::optional<QString> refusal = option()->setFormat(value))
+        reportError(*refusal);
 }
 
 void TCPRecvInfoDlg::onFormatChanged()
@@ -247,7 +248,8 @@ void TCPRecvInfoDlg::reserveTextOutput()
     if (m_textOutputReserved)
         return;
     m_textOutputReserved = true;
-    QMetaObject::invokeMethod(this, "textOutput", Qt::QueuedConnection, Q_ARG(bool, false));
+    QMetaObject::invokeMethod(
+        this, [this] { textOutput(false); }, Qt::QueuedConnection);
 }
 
 void TCPRecvInfoDlg::textOutput(bool forceAll)

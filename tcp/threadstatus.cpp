@@ -1,25 +1,11 @@
 #include "tcp/threadstatus.h"
 
-namespace {
-
-const char kUnknownStatusText[] = "<UNKNOWN THREAD STATUS>";
-
-} // namespace
+#include <QMetaEnum>
 
 QString threadStatusText(int status)
 {
-    switch (status) {
-    case TS_STOP:
-        return QStringLiteral("TS_STOP");
-    case TS_STARTING:
-        return QStringLiteral("TS_STARTING");
-    case TS_RUN:
-        return QStringLiteral("TS_RUN");
-    case TS_STOPPING:
-        return QStringLiteral("TS_STOPPING");
-    default:
-        return QLatin1String(kUnknownStatusText);
-    }
+    const char *key = QMetaEnum::fromType<THREAD_STATUS>().valueToKey(status);
+    return QLatin1String(key ? key : "<UNKNOWN THREAD STATUS>");
 }
 
 void registerThreadMetaTypes()

@@ -2,6 +2,8 @@
 #include "tcpfixture.h"
 #include "testtable.h"
 
+#include "tcp/recvstream.h"
+
 #include <QtTest>
 
 #include <csignal>
@@ -34,7 +36,7 @@ private slots:
             connect(worker, reported, this, [this](const QString &text) { m_runReports << text; });
         connect(worker, &TCPThread::recvStringAdded, this, [this] {
             if (m_drainDisplay)
-                m_display += m_rig.worker->takeRecvData(TCPThread::kRecvTextLimitBytes);
+                m_display += m_rig.worker->takeRecvData(RecvStream::kTailBytes);
         });
     }
     void cleanup() { m_rig.stop(); }
@@ -50,6 +52,7 @@ private slots:
         QTest::addRow("shown up to 64 KiB") << large << false << "2-2" << large << "5A5A-5A5A 65536";
         QTest::addRow("hex text: CR LF lines, mixed case, separators") << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
         QTest::addRow("hex text: junk and a lone nibble") << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
+        QTest::addRow("hex text shown: a character across chunks") << QByteArray(1023, ' ') + "\xc2\xb7" "41" << true << "1" << QByteArray("A") << QString(1023, ' ') + "\u00b741 1027";
         // clang-format on
     }
     void sendsFile()

@@ -1,10 +1,16 @@
-// The transfer worker's parts on their own: the recorder with real files (and /dev/full as the
-// full disk), the display tail and the progress throttle.
+// The transfer worker's parts on their own: the recorder and the receive stream with real files
+// (and /dev/full as the full disk), the display tail, the progress throttle, and the connection
+// against the emulator's data port on loopback.
+#include "sim/simdataport.h"
 #include "tcp/displaytail.h"
 #include "tcp/progressthrottle.h"
 #include "tcp/recvrecorder.h"
+#include "tcp/recvstream.h"
+#include "tcp/tcpconnection.h"
+#include "tcp/tcpoutputoption.h"
 #include "testtable.h"
 
+#include <QtNetwork>
 #include <QtTest>
 
 class TestTransferParts : public QObject
@@ -83,6 +89,71 @@ private slots:
         QTEST(take(cell<qint64>("maxSize")), "first");
         QTEST(take(-1), "rest");
         QVERIFY(tail.isEmpty());
+    }
+    // Bytes read from a device into a run's file ("" none, /dev/full the full disk) and display.
+    void recvStream_data()
+    {
+        // clang-format off
+        columns<QString, bool, int, bool, QByteArray, QString, QByteArray>("file", "hexFile", "display", "ok", "written", "end", "shown");
+        QTest::addRow("raw to the file, shown as text") << "r.bin" << false << 1 << true << QByteArray("abcde") << "5 bytes were saved to" << QByteArray("abcde");
+        QTest::addRow("hex to the file, shown as hex") << "h.txt" << true << 2 << true << QByteArray("6162-6364\r\n65") << "13 bytes were saved to" << QByteArray("6162-6364\r\n65");
+        QTest::addRow("display only") << "" << false << 1 << true << QByteArray() << "Nothing was saved (Save To is empty)." << QByteArray("abcde");
+        QTest::addRow("nothing shown") << "r.bin" << false << 0 << true << QByteArray("abcde") << "5 bytes were saved to" << QByteArray();
+        QTest::addRow("full disk") << "/dev/full" << false << 1 << false << QByteArray() << "Receive file cannot be written: /dev/full (No space left on device). 0 bytes were saved to /dev/full." << QByteArray("abcde");
+        // clang-format on
+    }
+    void recvStream()
+    {
+        QFETCH(QString, file);
+        QTemporaryDir dir;
+        TransferRun run;
+        run.fileName = file.isEmpty() || file.startsWith('/') ? file : dir.filePath(file);
+        run.hexFile = cell<bool>("hexFile");
+        run.layout = HexLayout::parse("2-2");
+        run.displayMode = cell<int>("display");
+        RecvStream stream;
+        QSignalSpy progressed(&stream, &RecvStream::progressed);
+        (void)stream.start(run);
+        QVERIFY(stream.openFile());
+        QBuffer device;
+        device.setData("abcde");
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        const bool ok = stream.readFrom(&device) && stream.closeFile(); // the file gets it at close
+        QTEST(ok, "ok");
+        QVERIFY(stream.savedText().startsWith(cell<QString>("end")) ||
+                stream.writeFailureText() == cell<QString>("end"));
+        QCOMPARE(progressed.value(0).value(0).toLongLong(), 5);
+        QTEST(stream.take(-1), "shown");
+        if (!file.isEmpty() && !file.startsWith('/')) {
+            QFile written(run.fileName);
+            QVERIFY(written.open(QIODevice::ReadOnly));
+            QTEST(written.readAll(), "written");
+        }
+    }
+    // The connection to a listening port and to a refused one; close() when done.
+    void connection_data()
+    {
+        columns<bool, bool, QString>("listening", "opened", "error");
+        QTest::addRow("device listening") << true << true << "";
+        QTest::addRow("refused") << false << false << "(Connection refused)";
+    }
+    void connection()
+    {
+        SimDataPort device;
+        quint16 port = device.start(QHostAddress::LocalHost, 0);
+        if (!cell<bool>("listening")) {
+            QTcpServer closed; // free a moment ago, closed again
+            QVERIFY(closed.listen(QHostAddress::LocalHost));
+            port = closed.serverPort();
+        }
+        TcpConnection connection;
+        QCOMPARE(connection.exists(), false);
+        QTEST(connection.open("127.0.0.1", port, 2000), "opened");
+        QTEST(connection.errorString().section(QLatin1Char(' '), -2), "error");
+        QVERIFY(connection.exists()); // a failed socket stays until it is closed
+        QVERIFY(connection.close(false, 2000));
+        QCOMPARE(connection.exists(), false);
+        QCOMPARE(connection.close(false, 2000), false);
     }
     // A long interval: only the first figure and forced ones go out, never one already sent.
     void throttle_data()

@@ -133,15 +133,14 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
     for (;;) {
         while (readable || pending()) {
             readable = false;
-            QByteArray bytes(kMaxDatagramBytes, Qt::Uninitialized);
-            QHostAddress sender;
+            m_datagram.resize(kMaxDatagramBytes);
             quint16 senderPort = 0;
             const qint64 size =
-                socket->readDatagram(bytes.data(), bytes.size(), &sender, &senderPort);
+                socket->readDatagram(m_datagram.data(), m_datagram.size(), &m_sender, &senderPort);
             if (size < 0)
                 break;
-            bytes.truncate(size);
-            const QString why = mismatch(sender, senderPort, bytes, request);
+            QByteArray bytes(m_datagram.constData(), size);
+            const QString why = mismatch(m_sender, senderPort, bytes, request);
             if (why.isEmpty())
                 return checkReply(request, WrenPacket(std::move(bytes), false));
             LOG_ERROR(why);

@@ -65,4 +65,8 @@ private:
     QHostAddress m_targetAddress{QHostAddress::LocalHost};
     const DeviceTarget *m_followed = nullptr;
     quint16 m_targetPort = 0;
+    // Reused by every access: a datagram is read here and only its bytes are copied out, and the
+    // sender's address object is assigned rather than made anew.
+    QByteArray m_datagram;
+    QHostAddress m_sender;
 };

@@ -571,6 +571,17 @@
     </message>
 </context>
 <context>
+    <name>FileSender</name>
+    <message>
+        <source>no send file is chosen</source>
+        <translation>送信ファイルが選ばれていません</translation>
+    </message>
+    <message>
+        <source>Send file cannot open</source>
+        <translation>送信ファイルを開けません</translation>
+    </message>
+</context>
+<context>
     <name>GeneralTab</name>
     <message>
         <source>Target</source>
@@ -1021,6 +1032,41 @@
     <message>
         <source>Client %1: %2</source>
         <translation>クライアント %1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>RecvStream</name>
+    <message>
+        <source>Nothing is being saved: Save To is empty.</source>
+        <translation>保存していません: 保存先が空です。</translation>
+    </message>
+    <message>
+        <source>Saving to %1</source>
+        <translation>%1 に保存中</translation>
+    </message>
+    <message>
+        <source>Receive file cannot open</source>
+        <translation>受信ファイルを開けません</translation>
+    </message>
+    <message>
+        <source>The device closed the connection.</source>
+        <translation>デバイスが接続を閉じました。</translation>
+    </message>
+    <message>
+        <source>Nothing was saved (Save To is empty).</source>
+        <translation>何も保存されていません (保存先が空です)。</translation>
+    </message>
+    <message>
+        <source>%1 bytes were saved to %2.</source>
+        <translation>%1 バイトを %2 に保存しました。</translation>
+    </message>
+    <message>
+        <source>Receive file cannot be written</source>
+        <translation>受信ファイルに書き込めません</translation>
+    </message>
+    <message>
+        <source>[%1 bytes skipped]</source>
+        <translation>[%1 バイトを省略]</translation>
     </message>
 </context>
 <context>
@@ -1693,10 +1739,6 @@ Dialog</source>
         <translation>TCP エラーが発生しました</translation>
     </message>
     <message>
-        <source>Send file cannot open</source>
-        <translation>送信ファイルを開けません</translation>
-    </message>
-    <message>
         <source>TCP write is timeout</source>
         <translation>TCP の書き込みがタイムアウトしました</translation>
     </message>
@@ -1709,44 +1751,8 @@ Dialog</source>
         <translation>フォーマットには数字を少なくとも 1 つ含めてください</translation>
     </message>
     <message>
-        <source>Receive file cannot open</source>
-        <translation>受信ファイルを開けません</translation>
-    </message>
-    <message>
-        <source>Nothing was saved (Save To is empty).</source>
-        <translation>何も保存されていません (保存先が空です)。</translation>
-    </message>
-    <message>
-        <source>%1 bytes were saved to %2.</source>
-        <translation>%1 バイトを %2 に保存しました。</translation>
-    </message>
-    <message>
-        <source>The device closed the connection.</source>
-        <translation>デバイスが接続を閉じました。</translation>
-    </message>
-    <message>
-        <source>no send file is chosen</source>
-        <translation>送信ファイルが選ばれていません</translation>
-    </message>
-    <message>
         <source>Sending %1</source>
         <translation>%1 を送信中</translation>
-    </message>
-    <message>
-        <source>Nothing is being saved: Save To is empty.</source>
-        <translation>保存していません: 保存先が空です。</translation>
-    </message>
-    <message>
-        <source>Saving to %1</source>
-        <translation>%1 に保存中</translation>
-    </message>
-    <message>
-        <source>Receive file cannot be written</source>
-        <translation>受信ファイルに書き込めません</translation>
-    </message>
-    <message>
-        <source>[%1 bytes skipped]</source>
-        <translation>[%1 バイトを省略]</translation>
     </message>
 </context>
 <context>
