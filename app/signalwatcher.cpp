@@ -9,6 +9,10 @@
 namespace {
 // One watcher a process: the handler can reach only static state.
 int g_signalSockets[2] = {-1, -1};
+// The handlers in place before the watcher, put back when it ends (a host program's own, such as
+// an embedding interpreter's).
+struct sigaction g_previousInt = {};
+struct sigaction g_previousTerm = {};
 } // namespace
 
 SignalWatcher::SignalWatcher(QObject *parent) : QObject(parent)
@@ -20,7 +24,9 @@ SignalWatcher::SignalWatcher(QObject *parent) : QObject(parent)
     action.sa_handler = &SignalWatcher::handle;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    if (::sigaction(SIGINT, &action, nullptr) != 0 || ::sigaction(SIGTERM, &action, nullptr) != 0) {
+    if (::sigaction(SIGINT, &action, &g_previousInt) != 0 ||
+        ::sigaction(SIGTERM, &action, &g_previousTerm) != 0) {
+        (void)::sigaction(SIGINT, &g_previousInt, nullptr);
         closeSockets();
         return;
     }
@@ -32,8 +38,8 @@ SignalWatcher::~SignalWatcher()
 {
     if (!m_notifier)
         return;
-    ::signal(SIGINT, SIG_DFL);
-    ::signal(SIGTERM, SIG_DFL);
+    (void)::sigaction(SIGINT, &g_previousInt, nullptr);
+    (void)::sigaction(SIGTERM, &g_previousTerm, nullptr);
     delete m_notifier;
     closeSockets();
 }
