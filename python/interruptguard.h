@@ -5,27 +5,20 @@
 // Python. Only on the interpreter's main thread, the one its signal handlers run on.
 #pragma once
 
-#include <QObject>
-
 #include <functional>
-#include <memory>
-
-class SignalWatcher;
 
 class InterruptGuard
 {
 public:
-    InterruptGuard(bool mainThread, const std::function<void()> &onSignal);
+    InterruptGuard(bool mainThread, std::function<void()> onSignal);
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard &) = delete;
     InterruptGuard &operator=(const InterruptGuard &) = delete;
 
-    [[nodiscard]] bool interrupted() const { return m_signal != 0; }
     // Ends the watch, with the interpreter's lock held: a caught signal is raised again, and the
     // Python exception its handler raised (KeyboardInterrupt) is thrown.
     void finish();
 
 private:
-    std::unique_ptr<SignalWatcher> m_watcher;
-    int m_signal = 0;
+    bool m_armed = false;
 };
