@@ -9,6 +9,7 @@
 
 #include "python/pybind.h"
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 namespace py = pybind11;
@@ -37,8 +38,9 @@ QByteArray fromData(const py::object &data)
 QByteArray fromBytesLike(const py::object &data)
 {
     if (py::isinstance<py::str>(data))
-        throw PythonFailure(PythonFailure::Kind::Refused,
-                            QStringLiteral("data must be bytes, not str"));
+        throw PythonFailure(
+            PythonFailure::Kind::Refused,
+            QCoreApplication::translate("PythonDevice", "The data must be bytes, not text"));
     const std::string bytes = py::bytes(py::module_::import("builtins").attr("bytes")(data));
     return QByteArray(bytes.data(), qsizetype(bytes.size()));
 }
@@ -47,8 +49,10 @@ QByteArray fromBytesLike(const py::object &data)
 quint32 address(long long value)
 {
     if (value < 0 || value > 0xFFFFFFFFLL)
-        throw PythonFailure(PythonFailure::Kind::Refused,
-                            QStringLiteral("The address %1 is outside 0 to 0xFFFFFFFF").arg(value));
+        throw PythonFailure(
+            PythonFailure::Kind::Refused,
+            QCoreApplication::translate("PythonDevice", "The address %1 is outside 0 to 0xFFFFFFFF")
+                .arg(value));
     return quint32(value);
 }
 
@@ -59,9 +63,10 @@ qint64 limit(const py::object &value, const char *name, qint64 scale)
         return -1;
     const double number = value.cast<double>();
     if (!(number > 0) || number * double(scale) > 9.0e15)
-        throw PythonFailure(PythonFailure::Kind::Refused,
-                            QStringLiteral("%1 must be a number above 0, not %2")
-                                .arg(QLatin1String(name), qs(py::str(value))));
+        throw PythonFailure(
+            PythonFailure::Kind::Refused,
+            QCoreApplication::translate("PythonDevice", "%1 must be a number above 0, not %2")
+                .arg(QLatin1String(name), qs(py::str(value))));
     return qint64(number * double(scale));
 }
 
