@@ -7,8 +7,9 @@
 
 namespace {
 
-// The guard in charge: guards never nest (one wait at a time on the main thread).
-std::function<void()> g_onSignal;
+// What the guard in charge does on a signal: guards never nest (one wait at a time on the main
+// thread).
+const std::function<void()> *g_onSignal = nullptr;
 int g_signal = 0;
 
 // One watcher for the process, made on the main thread and kept: arming it for each wait costs
@@ -21,7 +22,7 @@ SignalWatcher *watcher()
             if (g_signal == 0)
                 g_signal = signalNumber;
             if (g_onSignal)
-                g_onSignal();
+                (*g_onSignal)();
         });
         return w;
     }();
@@ -31,11 +32,12 @@ SignalWatcher *watcher()
 } // namespace
 
 InterruptGuard::InterruptGuard(bool mainThread, std::function<void()> onSignal)
+    : m_onSignal(std::move(onSignal))
 {
     if (!mainThread || g_onSignal)
         return;
     g_signal = 0;
-    g_onSignal = std::move(onSignal);
+    g_onSignal = &m_onSignal;
     m_armed = watcher()->arm();
     if (!m_armed)
         g_onSignal = nullptr;

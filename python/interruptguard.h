@@ -20,5 +20,6 @@ public:
     void finish();
 
 private:
+    std::function<void()> m_onSignal;
     bool m_armed = false;
 };

@@ -237,14 +237,14 @@ MavixSetting PythonDevice::set(bool eeprom, bool yes,
         MavixSetting device;
         device.decode(*image);
         MavixSettingFields typed = MavixSettingFields::from(device);
-        for (const auto &[name, value] : fields) {
+        for (const auto &field : fields) {
             const Key *key = std::find_if(std::begin(kKeys), std::end(kKeys), [&](const Key &k) {
-                return name == QLatin1String(k.name);
+                return field.first == QLatin1String(k.name);
             });
             if (key->field)
-                typed.*(key->field) = value;
+                typed.*(key->field) = field.second;
             else
-                typed.tcpKeepAliveEnabled = value == QLatin1String("1");
+                typed.tcpKeepAliveEnabled = field.second == QLatin1String("1");
         }
         std::optional<MavixSetting> wanted;
         if (MavixSetting::validateWriteFields(typed.ipAddress, typed.tcpDataPort, typed.udpPort,

@@ -19,12 +19,15 @@ def write_then_read(dev):
 
 def interrupted_read(dev):
     """Ctrl+C during a 3 s wait ends it at once with KeyboardInterrupt."""
+    # Python's own handler, even where the test runner was started with SIGINT ignored.
+    previous = signal.signal(signal.SIGINT, signal.default_int_handler)
     timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
     start = time.monotonic()
     timer.start()
     with pytest.raises(KeyboardInterrupt):
         dev.read(0, 4)
     timer.join()
+    signal.signal(signal.SIGINT, previous)
     return time.monotonic() - start < 1.5
 
 
@@ -97,7 +100,8 @@ CASES = [
      (E.Refused, "")),
     ("data port closed", [], other_data_port, (E.ConnectionFailed, "")),
     ("Ctrl+C", ["--delay 3000"], interrupted_read, True),
-    ("another thread", [], from_other_thread, "RuntimeError: mavix.Device is used from another thread than the one that made it"),
+    ("another thread", [], from_other_thread,
+     "RuntimeError: mavix.Device is used from another thread than the one that made it"),
 ]
 
 
