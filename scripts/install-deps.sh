@@ -13,6 +13,7 @@ PACKAGES=(
   clang libclang-rt-14-dev clazy gcovr
   dpkg-dev fakeroot lintian appstream
   libtomlplusplus-dev
+  pybind11-dev python3-pybind11 python3-pytest
 )
 
 missing=()

@@ -14,6 +14,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Qt's own texts (message box buttons, file dialogs) in the user's language.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-translations-l10n)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS OFF)
+# The Python module mavix is built for the interpreter it was built with; its pytest plugin needs
+# pytest.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "${MAVIX_PYTHON_DEPENDS}")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS python3-pytest)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "configure Mavix network devices and exchange data with them")
 # CPack puts the summary first and indents every line; an empty line becomes the paragraph mark.
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Mavix Utility is a desktop tool for engineers who work with network devices

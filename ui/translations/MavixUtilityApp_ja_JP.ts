@@ -990,6 +990,51 @@
     </message>
 </context>
 <context>
+    <name>PythonDevice</name>
+    <message>
+        <source>The data must be bytes, not text</source>
+        <translation>データはテキストではなく bytes で指定してください</translation>
+    </message>
+    <message>
+        <source>The address %1 is outside 0 to 0xFFFFFFFF</source>
+        <translation>アドレス %1 が 0 から 0xFFFFFFFF の範囲外です</translation>
+    </message>
+    <message>
+        <source>%1 must be a number above 0, not %2</source>
+        <translation>%1 には 0 より大きい数値を指定してください (%2 ではありません)</translation>
+    </message>
+    <message>
+        <source>timeout_ms must be a whole number from 1, not %1</source>
+        <translation>timeout_ms には 1 以上の整数を指定してください (%1 ではありません)</translation>
+    </message>
+    <message>
+        <source>Unknown setting %1; the settings are %2</source>
+        <translation>不明な設定項目です: %1 (設定項目は %2 です)</translation>
+    </message>
+</context>
+<context>
+    <name>PythonGpib</name>
+    <message>
+        <source>The GPIB operation failed</source>
+        <translation>GPIB の操作に失敗しました</translation>
+    </message>
+    <message>
+        <source>delimiter must be crlf, cr, lf or none, not %1</source>
+        <translation>delimiter には crlf, cr, lf, none のいずれかを指定してください (%1 ではありません)</translation>
+    </message>
+</context>
+<context>
+    <name>PythonSerial</name>
+    <message>
+        <source>The connector is dte or dce, not %1</source>
+        <translation>コネクタは dte または dce です (%1 ではありません)</translation>
+    </message>
+    <message>
+        <source>The ZEL-RS232C operation failed</source>
+        <translation>ZEL-RS232C の操作に失敗しました</translation>
+    </message>
+</context>
+<context>
     <name>RCClient</name>
     <message>
         <source>Server to Client, fail to send</source>
