@@ -14,6 +14,7 @@
 namespace Ui {
 class ZELGPIBTab;
 }
+class CommandHistory;
 class WrenAgent;
 
 class ZELGPIBTab : public QWidget
@@ -45,17 +46,23 @@ public slots:
     void receive();
     void sendCommand();
     void maxReceiveLengthCheck();
+    // Sends the command, then receives the answer, in one click.
+    void query();
     void applyTargetSettingChange(MavixSetting setting);
 
 private:
     [[nodiscard]] bool canBeginOperation() const;
     [[nodiscard]] std::optional<GpibBridge::Addresses> addressFields() const;
     [[nodiscard]] QByteArray delimiter() const;
+    [[nodiscard]] std::optional<QByteArray> commandMessage() const;
+    [[nodiscard]] qint64 maxReceiveLength() const;
+    void showReceived(const QByteArray &received);
     void showConnection(bool connected);
     void announce(bool succeeded);
 
     std::unique_ptr<Ui::ZELGPIBTab> m_ui;
     GpibBridge *m_bridge = nullptr;
+    CommandHistory *m_history;
     MavixSetting m_target;
     int m_waitTimeoutMs = GpibBus::kWaitTimeoutMs;
 };
