@@ -257,8 +257,8 @@ bool SerialBridge::monitor(Connector connector, const std::function<void(QByteAr
     if (!one->isConnected())
         return reportDataResult(SerialConnectorSession::Result::NotConnected, QString());
     AccessGate::Hold hold(gate());
-    const QMetaObject::Connection handed = connect(one, &SerialConnectorSession::arrived, this,
-                                                   [&sink](const QByteArray &data) { sink(data); });
+    const QMetaObject::Connection handed =
+        connect(one, &SerialConnectorSession::arrived, this, sink);
     one->setWatched(true);
     // Quiet periods are no failure: only the end of the connection or giving up ends the wait.
     AccessGate::WaitResult wait = AccessGate::WaitResult::TimedOut;
