@@ -3,6 +3,7 @@
 #include "app/appcontext.h"
 #include "app/eventdispatcher.h"
 #include "app/log.h"
+#include "app/qtmessages.h"
 #include "app/report.h"
 #include "app/signalwatcher.h"
 #include "app/startupoptions.h"
@@ -52,8 +53,7 @@ int main(int argc, char *argv[])
     const ServerOptions serverOptions = parseServerArguments(app.arguments(), showStartupWarning);
     // A log that cannot be opened is said once the window can show it.
     const QString logProblem = openRequestedLog(options, QStringLiteral("MavixUtility.log"));
-    if (options.loggingRequested)
-        qInstallMessageHandler(messageHandler);
+    installQtMessageHandler(options.loggingRequested ? messageHandler : nullptr);
     LOG_INFO_MSG("Application start.");
 
     SignalWatcher termination;

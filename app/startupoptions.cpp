@@ -20,13 +20,14 @@ constexpr char kLogLevel[] = "-l:";
 constexpr char kTarget[] = "-target:";
 
 void readUiPort(const QString &argument, StartupOptions &options,
-                const std::function<void()> &invalidPortWarning)
+                const std::function<void(const QString &)> &invalidPortWarning)
 {
     // The whole rest must be a port in decimal: "80x", "0x50" or "1e3" would otherwise start a
     // server on a port the user did not ask for.
-    const std::optional<quint16> port = parsePort(argument.mid(int(sizeof kUiPort) - 1));
+    const QString value = argument.mid(int(sizeof kUiPort) - 1);
+    const std::optional<quint16> port = parsePort(value);
     if (!port) {
-        invalidPortWarning();
+        invalidPortWarning(value);
         return;
     }
     options.uiPort = *port;
@@ -45,8 +46,9 @@ void readLogLevel(const QString &argument, StartupOptions &options)
 
 } // namespace
 
-StartupOptions parseStartupArguments(const QStringList &arguments,
-                                     const std::function<void()> &invalidPortWarning)
+StartupOptions
+parseStartupArguments(const QStringList &arguments,
+                      const std::function<void(const QString &value)> &invalidPortWarning)
 {
     StartupOptions options;
     for (qsizetype i = 1; i < arguments.size(); ++i) {

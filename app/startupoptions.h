@@ -18,10 +18,11 @@ struct StartupOptions
 };
 
 // Reads the arguments after the program name, in order. An unusable "-uiport:" calls
-// invalidPortWarning (which shows the warning box) and changes nothing else; arguments that fit no
-// form are ignored.
-[[nodiscard]] StartupOptions parseStartupArguments(const QStringList &arguments,
-                                                   const std::function<void()> &invalidPortWarning);
+// invalidPortWarning with the value typed after it (the warning box shows it) and changes nothing
+// else; arguments that fit no form are ignored.
+[[nodiscard]] StartupOptions
+parseStartupArguments(const QStringList &arguments,
+                      const std::function<void(const QString &value)> &invalidPortWarning);
 
 // Opens the log at the path when the options ask for it. Returns the translated reason when it
 // could not be opened (the log then stays off), an empty text otherwise.

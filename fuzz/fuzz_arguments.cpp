@@ -10,7 +10,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const QByteArray &part : fuzzBytes(data, size).split('\0'))
         arguments << QString::fromUtf8(part);
     int warnings = 0;
-    const StartupOptions options = parseStartupArguments(arguments, [&warnings] { ++warnings; });
+    const StartupOptions options =
+        parseStartupArguments(arguments, [&warnings](const QString &) { ++warnings; });
     if (options.serverMode && (options.uiPort < 0 || options.uiPort > 65535))
         __builtin_trap(); // server mode only ever starts on a usable port
     const TargetParts parts = splitTarget(options.target);

@@ -19,6 +19,9 @@ SerialBridge::SerialBridge(WrenAgent *agent, QObject *parent)
     for (SerialConnectorSession *&one : m_sessions) {
         one = new SerialConnectorSession(agent->gate(), this);
         connect(one, &SerialConnectorSession::closedByPeer, this, &SerialBridge::connectionChanged);
+        const auto connector = Connector(&one - m_sessions.data());
+        connect(one, &SerialConnectorSession::arrived, this,
+                [this, connector](const QByteArray &data) { emit monitored(connector, data); });
     }
 }
 
@@ -225,24 +228,45 @@ bool SerialBridge::receive(Connector connector, qint64 maxLength, QByteArray *da
     return received;
 }
 
+bool SerialBridge::startMonitor(Connector connector)
+{
+    if (!isConnected(connector) && !connectTo(connector))
+        return false;
+    session(connector)->setWatched(true);
+    emit connectionChanged();
+    return true;
+}
+
+void SerialBridge::stopMonitor(Connector connector)
+{
+    session(connector)->setWatched(false);
+    emit connectionChanged();
+}
+
+bool SerialBridge::isMonitored(Connector connector) const
+{
+    return session(connector)->isWatched();
+}
+
 bool SerialBridge::monitor(Connector connector, const std::function<void(QByteArray)> &sink)
 {
-    for (;;) {
-        QByteArray data;
-        const SerialConnectorSession::Result result =
-            session(connector)->receive(0, m_dataTimeoutMs, &data);
-        switch (result) {
-        case SerialConnectorSession::Result::Done:
-            sink(data);
-            break;
-        case SerialConnectorSession::Result::TimedOut:
-            break;
-        case SerialConnectorSession::Result::Aborted:
-            return true;
-        default:
-            return reportDataResult(result, QString());
-        }
-    }
+    SerialConnectorSession *one = session(connector);
+    if (!one->isConnected())
+        return reportDataResult(SerialConnectorSession::Result::NotConnected, QString());
+    AccessGate::Hold hold(gate());
+    const QMetaObject::Connection handed =
+        connect(one, &SerialConnectorSession::arrived, this, sink);
+    one->setWatched(true);
+    // Quiet periods are no failure: only the end of the connection or giving up ends the wait.
+    AccessGate::WaitResult wait = AccessGate::WaitResult::TimedOut;
+    while (wait == AccessGate::WaitResult::TimedOut)
+        wait = gate()->waitFor(one, &SerialConnectorSession::closedByPeer, kMonitorWaitMs,
+                               [one] { return !one->isWatched(); });
+    disconnect(handed);
+    one->setWatched(false);
+    if (wait == AccessGate::WaitResult::Aborted)
+        return true;
+    return reportDataResult(SerialConnectorSession::Result::NotConnected, QString());
 }
 
 bool SerialBridge::reportDataResult(SerialConnectorSession::Result result,

@@ -57,8 +57,14 @@ public:
     // At most maxLength bytes (up to the receive cap when 0 or less); a time-out ends the
     // connection.
     [[nodiscard]] bool receive(Connector connector, qint64 maxLength, QByteArray *data);
-    // Hands each piece that arrives to `sink` until the gate's wait is given up (true) or the
-    // connection ends (false, reported). Quiet periods are no failure.
+    // Monitoring: every piece that arrives at the connector comes out of monitored() at once, with
+    // no wait and no receive, until stopped or the connection ends (connectionChanged()). Starting
+    // connects first when needed. Both connectors may be monitored at once.
+    [[nodiscard]] bool startMonitor(Connector connector);
+    void stopMonitor(Connector connector);
+    [[nodiscard]] bool isMonitored(Connector connector) const;
+    // Monitors and hands each piece that arrives to `sink` until the gate's wait is given up (true)
+    // or the connection ends (false, reported). Quiet periods are no failure.
     [[nodiscard]] bool monitor(Connector connector, const std::function<void(QByteArray)> &sink);
 
     // What the last failed operation ran into, for exit codes.
@@ -68,8 +74,12 @@ public:
 signals:
     void targetSettingChanged(MavixSetting setting);
     void connectionChanged();
+    void monitored(Rs232c::Connector connector, QByteArray data);
 
 private:
+    // A monitor's wait, renewed while the connection stays quiet.
+    static constexpr int kMonitorWaitMs = 3600 * 1000;
+
     void takePorts(const MavixSetting &block, bool running);
     void writeSequence(quint32 offset, Connector connector, quint16 port);
     void reportAccessError(const WrenError &error);

@@ -52,6 +52,7 @@ SerialConnectorSession::Result SerialConnectorSession::open(const QHostAddress &
     if (wait == AccessGate::WaitResult::Arrived && isConnected()) {
         connect(socket, &QAbstractSocket::disconnected, this,
                 &SerialConnectorSession::onDisconnected);
+        connect(socket, &QIODevice::readyRead, this, &SerialConnectorSession::handOver);
         return Result::Done;
     }
     m_errorString = socket->errorString();
@@ -122,8 +123,24 @@ QByteArray SerialConnectorSession::withDelimiter(const QString &text, int delimi
     return (text + QLatin1String(known ? kEndings[delimiter] : "")).toUtf8();
 }
 
+void SerialConnectorSession::setWatched(bool watched)
+{
+    m_watched = watched && m_socket;
+    // What arrived before the watch began is handed over first, outside the caller's own call.
+    if (m_watched)
+        QMetaObject::invokeMethod(this, &SerialConnectorSession::handOver, Qt::QueuedConnection);
+}
+
+void SerialConnectorSession::handOver()
+{
+    // Bounded by the socket's read buffer: nothing new is read in while this runs.
+    while (m_watched && m_socket && m_socket->bytesAvailable() > 0)
+        emit arrived(m_socket->read(ModuleLimits::kReceiveCapBytes));
+}
+
 void SerialConnectorSession::dropSocket()
 {
+    m_watched = false;
     if (!m_socket)
         return;
     disconnect(m_socket, nullptr, this, nullptr);
@@ -136,6 +153,7 @@ void SerialConnectorSession::onDisconnected()
 {
     if (m_closing)
         return;
+    handOver();
     // The socket stays while it holds bytes not yet taken by receive().
     if (m_socket && m_socket->bytesAvailable() == 0)
         dropSocket();

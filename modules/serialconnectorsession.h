@@ -34,6 +34,10 @@ public:
     // less); what is left stays for the next one.
     [[nodiscard]] Result send(const QByteArray &bytes, int timeoutMs);
     [[nodiscard]] Result receive(qint64 maxLength, int timeoutMs, QByteArray *data);
+    // Watching: every piece that arrives is handed over at once by arrived(), with no receive and
+    // no wait, until unwatched or the connection ends. The program stays free meanwhile.
+    void setWatched(bool watched);
+    [[nodiscard]] bool isWatched() const { return m_watched; }
     // The socket's own words for the last failure.
     [[nodiscard]] QString errorString() const { return m_errorString; }
 
@@ -43,13 +47,16 @@ public:
 signals:
     // The device ended the connection by itself.
     void closedByPeer();
+    void arrived(QByteArray data);
 
 private:
     void dropSocket();
     void onDisconnected();
+    void handOver();
 
     AccessGate *m_gate;
     QTcpSocket *m_socket = nullptr;
     bool m_closing = false;
+    bool m_watched = false;
     QString m_errorString;
 };

@@ -3,6 +3,7 @@
 #include "app/accessgate.h"
 #include "app/devicetarget.h"
 #include "app/report.h"
+#include "modules/commandhistory.h"
 #include "modules/textareafeed.h"
 #include "ui_zelgpibtab.h"
 #include "wren/wrenagent.h"
@@ -12,6 +13,8 @@
 ZELGPIBTab::ZELGPIBTab(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::ZELGPIBTab>())
 {
     m_ui->setupUi(this);
+    m_history = new CommandHistory(m_ui->ZELGPIBCommand);
+    connect(m_ui->ZELGPIBQueryButton, &QPushButton::clicked, this, &ZELGPIBTab::query);
     m_ui->ZELGPIBReceivedData->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     TextAreaFeed::limit(m_ui->ZELGPIBReceivedData->document());
 }
@@ -88,6 +91,7 @@ void ZELGPIBTab::showConnection(bool connected)
     m_ui->ZELGPIBSendButton->setEnabled(connected);
     m_ui->ZELGPIBReceiveButton->setEnabled(connected);
     m_ui->ZELGPIBIFCButton->setEnabled(connected);
+    m_ui->ZELGPIBQueryButton->setEnabled(connected);
 }
 
 void ZELGPIBTab::maxReceiveLengthCheck()
@@ -109,6 +113,30 @@ QByteArray ZELGPIBTab::delimiter() const
     return GpibBus::delimiterBytes(m_ui->ZELGPIBDelimiterComboBox->currentIndex());
 }
 
+std::optional<QByteArray> ZELGPIBTab::commandMessage() const
+{
+    const QString command = m_ui->ZELGPIBCommand->text();
+    if (command.isEmpty()) {
+        reportError(tr("GPIB command is empty"));
+        return std::nullopt;
+    }
+    return command.toUtf8() + delimiter();
+}
+
+qint64 ZELGPIBTab::maxReceiveLength() const
+{
+    bool limited = false;
+    const qint64 maxLength = m_ui->ZELGPIBMaxReceiveLength->text().toUInt(&limited, 10);
+    return limited ? maxLength : 0;
+}
+
+void ZELGPIBTab::showReceived(const QByteArray &received)
+{
+    TextAreaFeed::append(m_ui->ZELGPIBReceivedData, received,
+                         m_ui->ZELGPIBShowAsHexCheckBox->isChecked() ? TextAreaFeed::Form::SpacedHex
+                                                                     : TextAreaFeed::Form::Text);
+}
+
 void ZELGPIBTab::sendCommand()
 {
     if (!canBeginOperation())
@@ -116,12 +144,11 @@ void ZELGPIBTab::sendCommand()
     const std::optional<GpibBridge::Addresses> addresses = addressFields();
     if (!addresses)
         return;
-    const QString command = m_ui->ZELGPIBCommand->text();
-    if (command.isEmpty()) {
-        reportError(tr("GPIB command is empty"));
+    const std::optional<QByteArray> message = commandMessage();
+    if (!message)
         return;
-    }
-    announce(m_bridge->send(*addresses, command.toUtf8() + delimiter()));
+    m_history->add(m_ui->ZELGPIBCommand->text());
+    announce(m_bridge->send(*addresses, *message));
 }
 
 void ZELGPIBTab::receive()
@@ -131,17 +158,31 @@ void ZELGPIBTab::receive()
     const std::optional<GpibBridge::Addresses> addresses = addressFields();
     if (!addresses)
         return;
-    bool limited = false;
-    const qint64 maxLength = m_ui->ZELGPIBMaxReceiveLength->text().toUInt(&limited, 10);
     QByteArray received;
     const bool succeeded =
-        m_bridge->receive(*addresses, delimiter(), limited ? maxLength : 0, &received);
+        m_bridge->receive(*addresses, delimiter(), maxReceiveLength(), &received);
     // Bytes that arrived before a failure are shown too: they are what the instrument said.
     if (succeeded || !received.isEmpty())
-        TextAreaFeed::append(m_ui->ZELGPIBReceivedData, received,
-                             m_ui->ZELGPIBShowAsHexCheckBox->isChecked()
-                                 ? TextAreaFeed::Form::SpacedHex
-                                 : TextAreaFeed::Form::Text);
+        showReceived(received);
+    announce(succeeded);
+}
+
+void ZELGPIBTab::query()
+{
+    if (!canBeginOperation())
+        return;
+    const std::optional<GpibBridge::Addresses> addresses = addressFields();
+    if (!addresses)
+        return;
+    const std::optional<QByteArray> message = commandMessage();
+    if (!message)
+        return;
+    m_history->add(m_ui->ZELGPIBCommand->text());
+    QByteArray received;
+    const bool succeeded =
+        m_bridge->query(*addresses, *message, delimiter(), maxReceiveLength(), &received);
+    if (succeeded || !received.isEmpty())
+        showReceived(received);
     announce(succeeded);
 }
 

@@ -13,6 +13,7 @@
 namespace Ui {
 class ZELGPIBTab;
 }
+class CommandHistory;
 class DeviceTarget;
 class WrenAgent;
 
@@ -47,16 +48,22 @@ public slots:
     void receive();
     void sendCommand();
     void maxReceiveLengthCheck();
+    // Sends the command, then receives the answer, in one click.
+    void query();
 
 private:
     [[nodiscard]] bool canBeginOperation() const;
     [[nodiscard]] std::optional<GpibBridge::Addresses> addressFields() const;
     [[nodiscard]] QByteArray delimiter() const;
+    [[nodiscard]] std::optional<QByteArray> commandMessage() const;
+    [[nodiscard]] qint64 maxReceiveLength() const;
+    void showReceived(const QByteArray &received);
     void showConnection(bool connected);
     void announce(bool succeeded);
 
     std::unique_ptr<Ui::ZELGPIBTab> m_ui;
     GpibBridge *m_bridge = nullptr;
     const DeviceTarget *m_target = nullptr;
+    CommandHistory *m_history;
     int m_waitTimeoutMs = GpibBus::kWaitTimeoutMs;
 };

@@ -3,6 +3,7 @@
 #include "app/accessgate.h"
 #include "app/report.h"
 #include "modules/serialbridge.h"
+#include "modules/serialmonitorpanel.h"
 #include "modules/textareafeed.h"
 #include "ui_zelrs232ctab.h"
 #include "wren/wrenagent.h"
@@ -26,6 +27,11 @@ ZELRS232CTab::ZELRS232CTab(QWidget *parent)
     m_ui->ZELRS232cReceivedDataTextarea->setFont(
         QFontDatabase::systemFont(QFontDatabase::FixedFont));
     TextAreaFeed::limit(m_ui->ZELRS232cReceivedDataTextarea->document());
+    m_monitor = new SerialMonitorPanel(m_ui.get(), this);
+    connect(m_monitor, &SerialMonitorPanel::transmissionSuccessed, this,
+            &ZELRS232CTab::transmissionSuccessed);
+    connect(m_monitor, &SerialMonitorPanel::transmissionFailed, this,
+            &ZELRS232CTab::transmissionFailed);
     fillFlowItems();
     connectForm();
     showFormat();
@@ -67,6 +73,7 @@ void ZELRS232CTab::setAgent(WrenAgent *agent)
     connect(m_bridge, &SerialBridge::connectionChanged, this, &ZELRS232CTab::updateConnectionState);
     connect(m_bridge, &SerialBridge::targetSettingChanged, this,
             &ZELRS232CTab::targetSettingChanged);
+    m_monitor->setBridge(m_bridge);
     updateConnectionState();
 }
 
@@ -231,6 +238,9 @@ void ZELRS232CTab::updateConnectionState()
     const bool connected = m_bridge && m_bridge->isConnected(m_shown);
     m_ui->ZELRS232cConnectButton->setText(connected ? tr("Disconnect") : tr("Connect"));
     m_sendShortcut->setEnabled(connected);
+    // A watched connector hands everything to the monitor; a receive there would wait for nothing.
+    m_ui->ZELRS232cReceiveButton->setEnabled(!m_bridge || !m_bridge->isMonitored(m_shown));
+    m_monitor->showState();
 }
 
 // Data

@@ -16,6 +16,7 @@ class ZELRS232CTab;
 class QCheckBox;
 class QShortcut;
 class SerialBridge;
+class SerialMonitorPanel;
 class WrenAgent;
 
 class ZELRS232CTab : public QWidget
@@ -73,6 +74,7 @@ private:
     Rs232cConfig m_initialConfig;
     Rs232c::Connector m_shown = Rs232c::Connector::Dte;
     QShortcut *m_sendShortcut = nullptr;
+    SerialMonitorPanel *m_monitor = nullptr;
     int m_accessTimeoutMs;
     int m_dataTimeoutMs;
 };

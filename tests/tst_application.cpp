@@ -48,18 +48,19 @@ private slots:
         };
         QTEST(message(lines.first()) + u'|' + message(lines.last()), "ends");
     }
-    // What the arguments give: "warnings expert server port logging threshold|arguments".
+    // What the arguments give: "warnings expert server port logging threshold|arguments|the value
+    // the last warning box names".
     void grammar_data()
     {
-        columns<QString, QString>("arguments", "options");
+        columns<QString, QString, QString>("arguments", "options", "named");
         // clang-format off
-        for (const char *row : {"0 0 0 0 0 0|", "0 1 0 0 0 0|-expert", "0 0 0 0 0 0|--expert -Expert -lx -L",
-                                "1 0 0 0 0 0|-uiport:", "1 0 0 0 0 0|-uiport:70000", "1 0 0 0 0 0|-uiport:0x50",
-                                "0 0 1 0 0 0|-uiport:0", "0 0 1 65535 0 0|-uiport:65535",
-                                "1 0 1 5000 0 0|-uiport:5000 -uiport:99999", "0 0 1 6000 0 0|-uiport:5000 -uiport:6000",
-                                "0 0 0 0 1 0|-l", "0 0 0 0 1 30|-l:30", "0 0 0 0 0 -1|-l:-1", "0 0 0 0 1 -1|-l -l:-1",
-                                "0 0 0 0 0 0|-l:abc", "0 0 0 0 1 5|-l:5 -l", "0 1 1 2323 1 20|-expert -uiport:2323 -l:20"})
-            QTest::addRow("%s", QString(row).section('|', 1).toLatin1().constData()) << QString(row).section('|', 1) << QString(row).section('|', 0, 0);
+        for (const char *row : {"0 0 0 0 0 0||", "0 1 0 0 0 0|-expert|", "0 0 0 0 0 0|--expert -Expert -lx -L|",
+                                "1 0 0 0 0 0|-uiport:|\"\"", "1 0 0 0 0 0|-uiport:70000|\"70000\"", "1 0 0 0 0 0|-uiport:0x50|\"0x50\"",
+                                "0 0 1 0 0 0|-uiport:0|", "0 0 1 65535 0 0|-uiport:65535|",
+                                "1 0 1 5000 0 0|-uiport:5000 -uiport:99999|\"99999\"", "0 0 1 6000 0 0|-uiport:5000 -uiport:6000|",
+                                "0 0 0 0 1 0|-l|", "0 0 0 0 1 30|-l:30|", "0 0 0 0 0 -1|-l:-1|", "0 0 0 0 1 -1|-l -l:-1|",
+                                "0 0 0 0 0 0|-l:abc|", "0 0 0 0 1 5|-l:5 -l|", "0 1 1 2323 1 20|-expert -uiport:2323 -l:20|"})
+            QTest::addRow("%s", QString(row).section('|', 1, 1).toLatin1().constData()) << QString(row).section('|', 1, 1) << QString(row).section('|', 0, 0) << QString(row).section('|', 2);
         // clang-format on
     }
     void grammar()
@@ -68,22 +69,26 @@ private slots:
         // The real warning box each time, answered with Ok as soon as it is up.
         int shown = 0;
         QString text;
-        const auto warnAndAnswer = [this, &shown, &text] {
+        const auto warnAndAnswer = [this, &shown, &text](const QString &value) {
             ++shown;
             QTimer::singleShot(0, this, [&text] {
                 auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
                 text = box->windowTitle() + QLatin1Char('|') + box->text();
                 box->button(QMessageBox::Ok)->click();
             });
-            showInvalidPortWarning();
+            showInvalidPortWarning(value);
         };
         const StartupOptions o = parseStartupArguments(
             QStringList{"MavixUtility"} + arguments.split(u' ', Qt::SkipEmptyParts), warnAndAnswer);
         QTEST(QString::asprintf("%d %d %d %d %d %d", shown, int(o.expert), int(o.serverMode),
                                 int(o.uiPort), int(o.loggingRequested), int(o.logThreshold)),
               "options");
+        QFETCH(QString, named);
         if (shown)
-            QCOMPARE(text, QStringLiteral("|Server mode, uiport is invalid"));
+            QCOMPARE(text,
+                     QStringLiteral("|Server mode, uiport is invalid: %1 is not a port number "
+                                    "from 0 to 65535")
+                         .arg(named));
     }
     void logThatCannotOpenIsReported()
     {

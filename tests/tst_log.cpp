@@ -1,4 +1,5 @@
 #include "app/log.h"
+#include "app/qtmessages.h"
 #include "testtable.h"
 
 #include <QtTest>
@@ -123,6 +124,18 @@ private slots:
         QCOMPARE(lines(numbered(10)), QList<QByteArray>{rotatedSize < 0 ? "10" : "9"});
         QCOMPARE(lines(numbered(11)), QList<QByteArray>{"missing"});
         QCOMPARE(QFileInfo(path(name)).size(), rotatedSize < 0 ? size + 2 : 0);
+    }
+    // The font engine's complaint about shown binary data reaches neither the log nor the
+    // terminal; everything else goes on.
+    void fontEngineComplaintDropped()
+    {
+        static QStringList passed;
+        installQtMessageHandler(
+            [](QtMsgType, const QMessageLogContext &, const QString &text) { passed << text; });
+        qWarning("  OpenType support missing for \"DejaVu Sans\", script 11");
+        qWarning("OpenType support is fine");
+        qInstallMessageHandler(nullptr);
+        QCOMPARE(passed, QStringList{"OpenType support is fine"});
     }
 
 private:

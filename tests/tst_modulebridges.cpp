@@ -1,5 +1,8 @@
 // The GPIB and serial bridge engines on their own, without widgets, against the emulator's modules.
+#include "app/accessgate.h"
 #include "modules/gpibbridge.h"
+#include "modules/monitortext.h"
+#include "modules/sendline.h"
 #include "modules/serialbridge.h"
 #include "reportcollector.h"
 #include "sim/mavixsim.h"
@@ -71,6 +74,57 @@ private slots:
     }
     void unitEncoding() { QFETCH(QByteArray, unit); QTEST(unit, "hex"); }
 
+    // A typed send line and the bytes it stands for, or why it stands for none.
+    void sendLine_data()
+    {
+        columns<bool, QString, QByteArray, QString>("hex", "line", "bytes", "error");
+        const QString unknown = "Unknown escape at position %1; use \\r, \\n, \\t, \\\\ or \\xNN";
+        QTest::addRow("escapes") << false << "a\\r\\n\\t\\\\b" << QByteArray("610d0a095c62") << "";
+        QTest::addRow("\\xNN in either case") << false << "\\x00\\xfF" << QByteArray("00ff") << "";
+        QTest::addRow("UTF-8 around an escape") << false << "\u00b5\\x41\u00b5" << QByteArray("c2b541c2b5") << "";
+        QTest::addRow("\\x with one digit") << false << "ab\\x4" << QByteArray() << "\\x at position 3 needs two hex digits";
+        QTest::addRow("\\x with a sign") << false << "\\x+1" << QByteArray() << "\\x at position 1 needs two hex digits";
+        QTest::addRow("unknown escape") << false << "ok\\q" << QByteArray() << unknown.arg(3);
+        QTest::addRow("backslash at the end") << false << "ab\\" << QByteArray() << unknown.arg(3);
+        QTest::addRow("hex, pairs and runs") << true << " 48 656c6C\t6f " << QByteArray("48656c6c6f") << "";
+        QTest::addRow("hex, odd run") << true << "48 656" << QByteArray() << "\"656\" is not a run of hex digit pairs";
+        QTest::addRow("hex, not hex") << true << "0x41" << QByteArray() << "\"0x41\" is not a run of hex digit pairs";
+    }
+    void sendLine()
+    {
+        QFETCH(bool, hex);
+        QFETCH(QString, line);
+        const SendLine::Parsed parsed = SendLine::parse(line, hex ? SendLine::Form::Hex : SendLine::Form::Text);
+        QTEST(parsed.bytes.toHex(), "bytes");
+        QTEST(parsed.error, "error");
+    }
+
+    // Pieces as they arrive ("E:" from DTE, "C:" from DCE), and the monitor's text.
+    void monitorText_data()
+    {
+        columns<bool, bool, QByteArrayList, QString>("hex", "stamps", "pieces", "shown");
+        QTest::addRow("a line in two pieces") << false << false << QByteArrayList{"E:hel", "E:lo\r\n", "E:next"} << "DTE> hello\nDTE> next";
+        QTest::addRow("CR LF split, empty line kept") << false << false << QByteArrayList{"E:a\r", "E:\n\nb"} << "DTE> a\nDTE> \nDTE> b";
+        QTest::addRow("the other connector starts a line") << false << false << QByteArrayList{"E:ab", "C:cd", "E:ef"} << "DTE> ab\nDCE> cd\nDTE> ef";
+        QTest::addRow("UTF-8 split") << false << false << QByteArrayList{"C:\xc2", "C:\xb5"} << "DCE> \u00b5";
+        QTest::addRow("control characters escaped") << false << false << QByteArrayList{QByteArray("E:\x00\x7f\tx", 6)} << "DTE> \\x00\\x7f\tx";
+        QTest::addRow("hex, 16 bytes a line") << true << false << QByteArrayList{"E:abcdefghijklmnopq"} << "DTE> 61 62 63 64 65 66 67 68 69 6a 6b 6c 6d 6e 6f 70\nDTE> 71";
+        QTest::addRow("time stamps, a line a piece") << false << true << QByteArrayList{"E:a", "E:b\n"} << "12:34:56.789 DTE> a\n12:34:56.789 DTE> b";
+    }
+    void monitorText()
+    {
+        QFETCH(bool, hex);
+        QFETCH(bool, stamps);
+        QFETCH(QByteArrayList, pieces);
+        MonitorText text;
+        text.setForm(hex ? MonitorText::Form::Hex : MonitorText::Form::Text);
+        text.setTimeStamps(stamps);
+        QString shown;
+        for (const QByteArray &piece : pieces)
+            shown += text.add(piece.startsWith('E') ? Rs232c::Connector::Dte : Rs232c::Connector::Dce, piece.mid(2), QTime(12, 34, 56, 789));
+        QTEST(shown, "shown");
+    }
+
     // A query of the echo box at 2; fault: the emulator's misbehaviour (see SimGpib).
     void gpibQuery_data()
     {
@@ -110,6 +164,39 @@ private slots:
         QCOMPARE(describe(m_sim.sim()->accessLog()),
                  (QStringList{"write fffffcff 1 [00]", "write fffe1000 4 [00000000]",
                               "write fffffcff 1 [ff]"}));
+    }
+
+    // The command line's monitor: what DTE sends shows until Ctrl+C gives the wait up (done), or
+    // until the device ends the connection (a newer one to DCE takes its place).
+    void serialMonitorEnds_data()
+    {
+        columns<int, bool, QString>("peerConnector", "done", "errors");
+        QTest::addRow("given up") << 0 << true << "";
+        QTest::addRow("ended by the device") << 1 << false << "ZEL-RS232C is not connected";
+    }
+    void serialMonitorEnds()
+    {
+        QFETCH(int, peerConnector);
+        SerialBridge bridge(m_agent.get());
+        bridge.setTimeouts(kTabTimeoutMs, 2000);
+        QVERIFY(bridge.readRunningPorts());
+        QVERIFY(bridge.connectTo(Rs232c::Connector::Dce));
+        QTcpSocket peer;
+        const auto connector = Rs232c::Connector(peerConnector);
+        QTimer::singleShot(0, &peer, [&] {
+            peer.connectToHost(QHostAddress::LocalHost, bridge.runningPort(connector));
+            peer.write("hi");
+        });
+        QByteArray shown;
+        QTEST(bridge.monitor(Rs232c::Connector::Dce,
+                             [&](const QByteArray &data) {
+                                 shown += data;
+                                 bridge.gate()->abort();
+                             }),
+              "done");
+        QCOMPARE(shown, peerConnector == 0 ? QByteArray("hi") : QByteArray());
+        QTEST(m_reports->errors.join(u'|'), "errors");
+        QCOMPARE(bridge.isMonitored(Rs232c::Connector::Dce), false);
     }
 
     // A receive without a length takes 1 MiB at most, says so, and leaves the rest.

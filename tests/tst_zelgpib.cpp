@@ -45,6 +45,8 @@ class tst_ZelGpib : public QObject
                 widget<QComboBox>("DelimiterComboBox")->setCurrentIndex(value.toInt());
             else if (name == "fault" && SimGpib::parseFault(value, &fault, &request))
                 m_gpib->setFault(fault, request);
+            else if (name == "up" || name == "down")
+                QTest::keyClick(widget("Command"), name == "up" ? Qt::Key_Up : Qt::Key_Down);
             else if (name == "clear")
                 m_gpib->clearUnits();
             else if (name == "esc") // pressed while the next step waits
@@ -117,6 +119,16 @@ private slots:
         QTest::addRow("Esc gives the wait up") << "fault=no-reply:3 " + kSendTo2 + "A esc SendButton" << "5038 403f 4040" << "" << "GPIB timeout (The wait for the reply was given up)";
     }
     void receivedBytesAreText() { playRow(); }
+
+    // Query: send, then receive, in one click; the commands sent come back with Up and Down.
+    void queryAndHistory_data()
+    {
+        columns<QString, QString, QString, QString>("script", "traffic", "seen", "errors");
+        QTest::addRow("identification in one click") << "ConnectButton TargetAddress=1 Command=*IDN? QueryButton ?ReceivedData" << "5038 403f 4040 4021 5030 202a 2049 2044 204e 203f 200d 210a 5038 403f 4041 4020 5030 " + QStringList(28, "3000").join(' ') << "MAVIX,SIM-GPIB-METER,0,1.0" << "";
+        QTest::addRow("history") << "clear ConnectButton TargetAddress=2 Command=AB QueryButton Command=CD SendButton Command=draft up ?Command up ?Command up ?Command down down ?Command" << kToEcho + "2041 2042 200d 210a " + kFromEcho + "3000 3000 3000 3000 " + kToEcho + "2043 2044 200d 210a" << "CD|AB|AB|draft" << "";
+        QTest::addRow("no query before connecting") << "?QueryButton" << "" << "off" << "";
+    }
+    void queryAndHistory() { playRow(); }
 
     void failureDisconnects_data()
     {

@@ -131,6 +131,62 @@ private slots:
         QCOMPARE(f.w<QPushButton>("ConnectButton")->text(), QStringLiteral("Connect"));
         QCOMPARE(f.outcome(), QStringLiteral("succeeded %1, failed 1").arg(3 + 1 + receives));
     }
+    // Both connectors watched from the Monitor page; a line sent to one shows in the other's
+    // monitor, live, with no Receive.
+    void monitor_data()
+    {
+        // clang-format off
+        columns<int, int, QString, bool, QString, QString>("to", "form", "line", "asHex", "shown", "errors");
+        QTest::addRow("text with escapes, DTE to DCE") << 0 << 0 << "hi\\r\\nthere\\x21" << false << "DCE> hi\nDCE> there!" << "";
+        QTest::addRow("hex pairs, shown as hex") << 0 << 1 << "6869 0d 0a" << true << "DCE> 68 69 0d 0a" << "";
+        QTest::addRow("control bytes, DCE to DTE") << 1 << 1 << "01 41 7f" << false << "DTE> \\x01A\\x7f" << "";
+        QTest::addRow("bad escape sends nothing") << 0 << 0 << "a\\x4" << false << "" << "\\x at position 2 needs two hex digits";
+        // clang-format on
+    }
+    void monitor()
+    {
+        QFETCH(int, to);
+        QFETCH(int, form);
+        QFETCH(QString, line);
+        QFETCH(bool, asHex);
+        SerialFixture f;
+        QVERIFY(f.start());
+        f.click("ZELRS232cRead");
+        f.child<QTabWidget>("ZELRS232cDataTabs")->setCurrentIndex(1);
+        f.click("ZELRS232cMonitorDTEButton");
+        f.click("ZELRS232cMonitorDCEButton");
+        QVERIFY(f.w<QPushButton>("MonitorDTEButton")->isChecked());
+        QVERIFY(f.w<QPushButton>("MonitorDCEButton")->isChecked());
+        QVERIFY(!f.w<QPushButton>("ReceiveButton")->isEnabled());
+        f.w<QCheckBox>("MonitorHexCheckBox")->setChecked(asHex);
+        f.select("MonitorSendConnectorComboBox", to);
+        f.select("MonitorSendFormComboBox", form);
+        f.w<QLineEdit>("MonitorSendLineEdit")->setText(line);
+        f.click("ZELRS232cMonitorSendButton");
+        QTEST(f.reports.errors.join('|'), "errors");
+        QFETCH(QString, shown);
+        QTRY_COMPARE(f.w<QPlainTextEdit>("MonitorTextarea")->toPlainText(), shown);
+    }
+    // Stopped, the connector's data waits for the prescribed Receive again.
+    void stoppedMonitorLeavesDataToReceive()
+    {
+        SerialFixture f;
+        QVERIFY(f.start());
+        f.click("ZELRS232cRead");
+        f.child<QTabWidget>("ZELRS232cDataTabs")->setCurrentIndex(1);
+        f.click("ZELRS232cMonitorDCEButton");
+        f.click("ZELRS232cMonitorDCEButton");
+        f.w<QLineEdit>("MonitorSendLineEdit")->setText(QStringLiteral("late"));
+        f.click("ZELRS232cMonitorSendButton");
+        f.child<QTabWidget>("ZELRS232cDataTabs")->setCurrentIndex(0);
+        f.select("ConnectorComboBox", 1);
+        QTRY_VERIFY(f.w<QPushButton>("ReceiveButton")->isEnabled());
+        f.click("ZELRS232cReceiveButton");
+        QCOMPARE(f.w<QPlainTextEdit>("ReceivedDataTextarea")->toPlainText(),
+                 QStringLiteral("late"));
+        QCOMPARE(f.w<QPlainTextEdit>("MonitorTextarea")->toPlainText(), QString());
+        QCOMPARE(f.reports.errors, QStringList());
+    }
 };
 
 QTEST_MAIN(TestZELRS232CTab)

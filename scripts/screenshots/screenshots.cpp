@@ -300,6 +300,13 @@ int main(int argc, char *argv[])
     click(window, "ZELGPIBShowAsHexCheckBox");
     click(window, "ZELGPIBReceiveButton");
     save(window, QStringLiteral("gpib"));
+    // Query: the meter's identification in one click.
+    click(window, "ZELGPIBReceivedDataClear");
+    click(window, "ZELGPIBShowAsHexCheckBox");
+    child<QLineEdit>(window, "ZELGPIBTargetAddress")->setText(QStringLiteral("1"));
+    child<QLineEdit>(window, "ZELGPIBCommand")->setText(QStringLiteral("*IDN?"));
+    click(window, "ZELGPIBQueryButton");
+    save(window, QStringLiteral("gpib-query"));
     click(window, "ZELGPIBConnectButton");
     gpib.stop();
 
@@ -326,6 +333,22 @@ int main(int argc, char *argv[])
     connector->setCurrentIndex(1);
     click(window, "ZELRS232cReceiveButton");
     save(window, QStringLiteral("rs232c"));
+    // The Monitor page: both connectors watched, lines sent each way with escapes, time-stamped.
+    child<QTabWidget>(window, "ZELRS232cDataTabs")->setCurrentIndex(1);
+    click(window, "ZELRS232cMonitorDTEButton");
+    click(window, "ZELRS232cMonitorDCEButton");
+    click(window, "ZELRS232cMonitorTimeStampCheckBox");
+    auto *sendTo = child<QComboBox>(window, "ZELRS232cMonitorSendConnectorComboBox");
+    auto *line = child<QLineEdit>(window, "ZELRS232cMonitorSendLineEdit");
+    for (const char *text :
+         {"AT\\r\\n", "OK\\r\\n", "ATI\\r\\n", "MAVIX\\x01 v1.0\\r\\nOK\\r\\n"}) {
+        line->setText(QLatin1String(text));
+        click(window, "ZELRS232cMonitorSendButton");
+        settle(150);
+        sendTo->setCurrentIndex(1 - sendTo->currentIndex());
+    }
+    line->setText(QStringLiteral("AT+BAUD?\\r"));
+    save(window, QStringLiteral("rs232c-monitor"));
 
     // The Registers tab: the example map beside the device's own, read twice with a change
     // between (marked), and a field value typed, waiting for Write.

@@ -1407,6 +1407,21 @@
     </message>
 </context>
 <context>
+    <name>SendLine</name>
+    <message>
+        <source>\x at position %1 needs two hex digits</source>
+        <translation>位置 %1 の \x には 16 進数字が 2 桁必要です</translation>
+    </message>
+    <message>
+        <source>Unknown escape at position %1; use \r, \n, \t, \\ or \xNN</source>
+        <translation>位置 %1 のエスケープは使えません。\r、\n、\t、\\、\xNN のいずれかを使ってください</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a run of hex digit pairs</source>
+        <translation>&quot;%1&quot; は 2 桁ずつの 16 進数ではありません</translation>
+    </message>
+</context>
+<context>
     <name>SerialBridge</name>
     <message>
         <source>ZEL-RS232C timeout</source>
@@ -1481,6 +1496,17 @@
     </message>
 </context>
 <context>
+    <name>SerialMonitorPanel</name>
+    <message>
+        <source>
+[%1 characters skipped: they came faster than shown]
+</source>
+        <translation>
+[表示が追いつかないため %1 文字を省略しました]
+</translation>
+    </message>
+</context>
+<context>
     <name>ServerTab</name>
     <message>
         <source>Listening on port %1</source>
@@ -1535,6 +1561,10 @@ read と write のファイルの場所: %3</translation>
     <message>
         <source>Server mode, uiroot is not a folder: %1</source>
         <translation>サーバーモードの uiroot がフォルダではありません: %1</translation>
+    </message>
+    <message>
+        <source>: &quot;%1&quot; is not a port number from 0 to 65535</source>
+        <translation>: &quot;%1&quot; は 0〜65535 のポート番号ではありません</translation>
     </message>
 </context>
 <context>
@@ -2097,6 +2127,14 @@ Dialog</source>
         <source>GPIB command is empty</source>
         <translation>GPIB コマンドが空です</translation>
     </message>
+    <message>
+        <source>Send the command, then receive the answer</source>
+        <translation>コマンドを送信し、続けて応答を受信します</translation>
+    </message>
+    <message>
+        <source>Query</source>
+        <translation>クエリ</translation>
+    </message>
 </context>
 <context>
     <name>ZELRS232CTab</name>
@@ -2271,6 +2309,38 @@ Dialog</source>
     <message>
         <source>ZEL-RS232C data is empty</source>
         <translation>ZEL-RS232C の送信データが空です</translation>
+    </message>
+    <message>
+        <source>Monitor</source>
+        <translation>モニター</translation>
+    </message>
+    <message>
+        <source>Monitor DTE</source>
+        <translation>DTE をモニター</translation>
+    </message>
+    <message>
+        <source>Monitor DCE</source>
+        <translation>DCE をモニター</translation>
+    </message>
+    <message>
+        <source>Time Stamps</source>
+        <translation>タイムスタンプ</translation>
+    </message>
+    <message>
+        <source>Send to DTE</source>
+        <translation>DTE へ送信</translation>
+    </message>
+    <message>
+        <source>Send to DCE</source>
+        <translation>DCE へ送信</translation>
+    </message>
+    <message>
+        <source>Text (\r \n \xNN)</source>
+        <translation>テキスト (\r \n \xNN)</translation>
+    </message>
+    <message>
+        <source>Hex</source>
+        <translation>16 進</translation>
     </message>
 </context>
 <context>
