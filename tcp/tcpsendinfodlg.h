@@ -2,6 +2,7 @@
 // port and shows a progress bar, size, time, rate and, optionally, the data sent.
 #pragma once
 
+#include "tcp/ratesampler.h"
 #include "tcp/tcpthread.h"
 #include "tcp/transferfigurefields.h"
 
@@ -43,11 +44,13 @@ private:
     void connectForm();
     void connectWorker();
     void refreshDisplay();
+    void endRatePlot();
     [[nodiscard]] static TCPOutputOption *option();
     [[nodiscard]] static qint64 sendFileSize();
 
     std::unique_ptr<Ui::TCPSendInfoDlg> m_ui;
     TransferFigureFields m_figures;
+    RateSampler m_rateSampler; // feeds RatePlot from the figures shown
     qint64 m_sentSize = 0;
     qint64 m_fileSize = 0;
     qint64 m_elapsedMsec = 1;
