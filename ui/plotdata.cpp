@@ -72,8 +72,8 @@ PlotRange PlotData::timeRange() const
     const double last = at(m_count - 1).x();
     if (m_wholeRun)
         return niceRange(first, std::max(last, first + 1), kGridLines);
-    // A fixed span: a new run fills it from the left, a long one scrolls.
-    const double from = std::max(first, last - m_windowSeconds);
+    // A fixed span: a new run fills it from zero on, a long one scrolls.
+    const double from = std::max(std::min(first, 0.0), last - m_windowSeconds);
     const PlotRange grid = niceRange(0, m_windowSeconds, kGridLines);
     return {from, from + m_windowSeconds, grid.step};
 }

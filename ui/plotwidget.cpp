@@ -94,9 +94,10 @@ void PlotWidget::paintEvent(QPaintEvent * /*event*/)
     int labelWidth = valueAxis ? 0 : metrics.horizontalAdvance(QLatin1Char('0'));
     for (double v = value.low; valueAxis && v <= value.high + value.step / 2; v += value.step)
         labelWidth = std::max(labelWidth, metrics.horizontalAdvance(number(v, value.step)));
-    const QRect area(kMargin + labelWidth + kMargin, kMargin + metrics.height(),
-                     width() - labelWidth - 3 * kMargin,
-                     height() - 2 * metrics.height() - 3 * kMargin);
+    // Room above for the unit and half of the top value label, below for the time labels.
+    const int top = 2 * kMargin + metrics.height() + metrics.height() / 2;
+    const QRect area(kMargin + labelWidth + kMargin, top, width() - labelWidth - 3 * kMargin,
+                     height() - top - metrics.height() - 2 * kMargin);
     if (area.width() < 10 || area.height() < 10)
         return;
     const auto xOf = [&](double t) {
