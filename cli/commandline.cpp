@@ -154,11 +154,14 @@ CommandLine::CommandLine()
          1,
          [](const CommandContext &context) { return runTransfer(context, Direction::Send); }},
         {QStringLiteral("watch"),
-         QStringLiteral("ADDR LEN [--interval MS]"),
+         QStringLiteral("ADDR LEN [--interval MS] [--csv]"),
          tr("Read a register range again and again and print the lines that changed, until "
             "Ctrl+C."),
          {{QStringLiteral("interval"), tr("Time between two reads in milliseconds (default 1000)."),
-           QStringLiteral("MS")}},
+           QStringLiteral("MS")},
+          {QStringLiteral("csv"),
+           tr("Print one CSV row a change (time, seconds since the start, address, value in "
+              "hex) under a header line.")}},
          {address, length},
          2,
          2,

@@ -7,6 +7,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/streampath.h"
+#include "regs/registerwatch.h"
 #include "settings/registerrange.h"
 #include "wren/wrenagent.h"
 #include "wren/wrenerror.h"
@@ -20,8 +21,6 @@
 #include <optional>
 
 namespace {
-
-constexpr int kDefaultWatchIntervalMs = 1000;
 
 QString addressText(quint32 address)
 {
@@ -172,42 +171,51 @@ int RegisterCommands::write(const CommandContext &context)
     return ExitCode::kSuccess;
 }
 
-// Polls the range and prints the dump lines that changed (all of them the first time), until
-// Ctrl+C or a failed access.
+// Polls the range and prints the dump lines that changed (all of them the first time), or with
+// --csv one row a change, until Ctrl+C or a failed access.
 int RegisterCommands::watch(const CommandContext &context)
 {
     int exitCode = ExitCode::kSuccess;
     const std::optional<Range> range = readRange(context, &exitCode);
     if (!range)
         return exitCode;
-    int intervalMs = kDefaultWatchIntervalMs;
+    RegisterWatch watcher(context.agent);
+    if (const QString error = watcher.watchRange(range->address, int(range->length));
+        !error.isEmpty())
+        return context.refuse(error, ExitCode::kRefusedInput);
+    watcher.setTimeoutMs(context.timeoutMs);
     if (context.parser->isSet(QStringLiteral("interval"))) {
         bool ok = false;
-        intervalMs = context.parser->value(QStringLiteral("interval")).toInt(&ok);
+        const int intervalMs = context.parser->value(QStringLiteral("interval")).toInt(&ok);
         if (!ok || intervalMs < 1)
             return context.refuse(tr("--interval must be a whole number of milliseconds from 1, "
                                      "not %1")
                                       .arg(context.parser->value(QStringLiteral("interval"))),
                                   ExitCode::kRefusedInput);
+        watcher.setIntervalMs(intervalMs);
     }
+    const bool csv = context.parser->isSet(QStringLiteral("csv"));
+    if (csv)
+        context.console->print(RegisterWatch::csvHeader() + QLatin1Char('\n'));
 
     QEventLoop loop;
     SignalWatcher termination;
     QObject::connect(&termination, &SignalWatcher::signalReceived, &loop,
                      [&loop] { loop.exit(ExitCode::kSuccess); });
-    QTimer poll;
-    poll.setInterval(intervalMs);
+    QObject::connect(&watcher, &RegisterWatch::failed, &loop, [&] {
+        loop.exit(context.accessFailed(*watcher.lastError(), RegisterRange::readTimeoutText()));
+    });
     std::optional<QByteArray> previous;
-    const auto pollOnce = [&] {
-        int failure = ExitCode::kSuccess;
-        const std::optional<QByteArray> bytes = readBytes(context, *range, &failure);
-        if (!bytes) {
-            loop.exit(failure);
+    QObject::connect(&watcher, &RegisterWatch::sampled, &loop, [&](const WatchSample &sample) {
+        if (csv) {
+            if (sample.changed)
+                context.console->print(watcher.csvRow(sample) + QLatin1Char('\n'));
             return;
         }
-        const QString time = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-        for (int offset = 0; offset < bytes->size(); offset += RegisterRange::kDumpBytesPerLine) {
-            const QByteArray line = bytes->mid(offset, RegisterRange::kDumpBytesPerLine);
+        const QString time = sample.time.toString(QStringLiteral("HH:mm:ss.zzz"));
+        const QByteArray &bytes = sample.bytes;
+        for (int offset = 0; offset < bytes.size(); offset += RegisterRange::kDumpBytesPerLine) {
+            const QByteArray line = bytes.mid(offset, RegisterRange::kDumpBytesPerLine);
             if (previous && previous->mid(offset, RegisterRange::kDumpBytesPerLine) == line)
                 continue;
             const quint32 lineAddress = range->address + quint32(offset);
@@ -221,11 +229,7 @@ int RegisterCommands::watch(const CommandContext &context)
             }
         }
         previous = bytes;
-    };
-    QObject::connect(&poll, &QTimer::timeout, &loop, pollOnce);
-    QTimer::singleShot(0, &loop, [&] {
-        pollOnce();
-        poll.start();
     });
+    QTimer::singleShot(0, &watcher, &RegisterWatch::start);
     return loop.exec();
 }

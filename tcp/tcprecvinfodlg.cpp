@@ -47,6 +47,7 @@ TCPRecvInfoDlg::TCPRecvInfoDlg(AppModel *model, TCPThread *worker, const DeviceT
     m_figures = {m_ui->SizeTextarea,     m_ui->TCPSizeUnitLabel, m_ui->TimeTextarea,
                  m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
     m_figures.prepare(m_ui->DataTextarea);
+    m_ui->RatePlot->setUnit(tr("MB/s"));
 
     m_status = m_worker->recvStatus();
 
@@ -166,6 +167,9 @@ void TCPRecvInfoDlg::beginReceive()
     m_ui->ErrorLabel->clear();
     m_ui->FileLabel->clear();
     m_ui->DataTextarea->clear();
+    m_rateSampler.restart();
+    m_ui->RatePlot->clear();
+    m_ui->RatePlot->setWholeRun(false);
     {
         QMutexLocker lock(&m_mutex);
         m_pending.clear();
@@ -196,6 +200,7 @@ void TCPRecvInfoDlg::onRecvStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STA
         if (m_elapsedTimer.isValid() && m_stoppedElapsedMs < 0)
             m_stoppedElapsedMs = m_elapsedTimer.elapsed();
         refreshFigures();
+        endRatePlot();
         textOutput(true);
     }
     refreshWidgetStates();
@@ -238,6 +243,18 @@ void TCPRecvInfoDlg::refreshFigures()
     if (!m_elapsedTimer.isValid())
         return;
     m_figures.show(m_recvSize, runElapsedMs());
+    if (const std::optional<QPointF> rate = m_rateSampler.take(m_recvSize, runElapsedMs()))
+        m_ui->RatePlot->append(rate->x(), rate->y());
+}
+
+// Once the run has ended the plot shows all of it.
+void TCPRecvInfoDlg::endRatePlot()
+{
+    if (!m_elapsedTimer.isValid())
+        return;
+    if (const std::optional<QPointF> rate = m_rateSampler.finish(m_recvSize, runElapsedMs()))
+        m_ui->RatePlot->append(rate->x(), rate->y());
+    m_ui->RatePlot->setWholeRun(true);
 }
 
 // Text output

@@ -2,6 +2,7 @@
 // shows size, time, rate and, optionally, the received data as text or hex text.
 #pragma once
 
+#include "tcp/ratesampler.h"
 #include "tcp/tcpthread.h"
 #include "tcp/transferfigurefields.h"
 
@@ -64,6 +65,7 @@ private:
     void connectWorker();
     void applyDisplayMode();
     void refreshFigures();
+    void endRatePlot();
     [[nodiscard]] qint64 runElapsedMs() const;
     void appendToTextArea(const QString &text);
     [[nodiscard]] TCPOutputOption *option() const;
@@ -73,6 +75,7 @@ private:
     TCPThread *m_worker = nullptr;
     const DeviceTarget *m_target = nullptr;
     TransferFigureFields m_figures;
+    RateSampler m_rateSampler;         // feeds RatePlot from the figures shown
     QTimer *m_progressTimer = nullptr; // child "progressTimer", running for the dialog's life
     QElapsedTimer m_elapsedTimer;
     qint64 m_stoppedElapsedMs = -1; // frozen run time once the receive has ended

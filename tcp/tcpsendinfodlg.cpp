@@ -23,6 +23,7 @@ TCPSendInfoDlg::TCPSendInfoDlg(AppModel *model, TCPThread *worker, const DeviceT
     m_figures = {m_ui->SizeTextarea,     m_ui->TCPSizeUnitLabel, m_ui->TimeTextarea,
                  m_ui->TCPTimeUnitLabel, m_ui->RateTextarea,     m_ui->RateUnitLabel};
     m_figures.prepare(m_ui->DataTextarea);
+    m_ui->RatePlot->setUnit(tr("MB/s"));
     m_tick = new QTimer(this);
     m_tick->setInterval(int(kRefreshIntervalMs));
     connect(m_tick, &QTimer::timeout, this, [this] {
@@ -100,6 +101,9 @@ void TCPSendInfoDlg::beginSend()
     m_failed = false;
     m_stopped = false;
     m_figures.show(0, 1); // a new run starts from zero, not from the last run's figures
+    m_rateSampler.restart();
+    m_ui->RatePlot->clear();
+    m_ui->RatePlot->setWholeRun(false);
     m_ui->ErrorLabel->clear();
     m_ui->FileLabel->clear();
     m_worker->beginSendThread(TransferRun::of(*option(), m_target->host(), m_target->tcpPort()));
@@ -152,6 +156,7 @@ void TCPSendInfoDlg::onSendStatusChanged(THREAD_STATUS /*oldStatus*/, THREAD_STA
         else if (!m_failed)
             reportResult(tr("Sending finished"));
         refreshDisplay();
+        endRatePlot();
     }
 }
 
@@ -175,6 +180,10 @@ void TCPSendInfoDlg::showProgress(qint64 sentSize, qint64 fileSize, qint64 elaps
 void TCPSendInfoDlg::refreshDisplay()
 {
     m_figures.show(m_sentSize, m_elapsedMsec);
+    if (m_status == TS_RUN) {
+        if (const std::optional<QPointF> rate = m_rateSampler.take(m_sentSize, m_elapsedMsec))
+            m_ui->RatePlot->append(rate->x(), rate->y());
+    }
 
     // The bar keeps the end of a run (full after a complete send) until the next one begins.
     const ProgressBarRange range = TransferFigures::progressBarRange(m_fileSize, m_sentSize);
@@ -184,6 +193,14 @@ void TCPSendInfoDlg::refreshDisplay()
     }
     m_ui->sendProgressBar->setRange(0, range.maximum);
     m_ui->sendProgressBar->setValue(range.value);
+}
+
+// Once the run has ended the plot shows all of it.
+void TCPSendInfoDlg::endRatePlot()
+{
+    if (const std::optional<QPointF> rate = m_rateSampler.finish(m_sentSize, m_elapsedMsec))
+        m_ui->RatePlot->append(rate->x(), rate->y());
+    m_ui->RatePlot->setWholeRun(true);
 }
 
 void TCPSendInfoDlg::addString(const QString &text, bool /*formatted*/, qint64 /*bytesFrom*/,

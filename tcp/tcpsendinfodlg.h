@@ -2,6 +2,7 @@
 // port and shows a progress bar, size, time, rate and, optionally, the data sent.
 #pragma once
 
+#include "tcp/ratesampler.h"
 #include "tcp/tcpthread.h"
 #include "tcp/transferfigurefields.h"
 
@@ -48,6 +49,7 @@ private:
     void connectForm();
     void connectWorker();
     void refreshDisplay();
+    void endRatePlot();
     [[nodiscard]] TCPOutputOption *option() const;
     [[nodiscard]] qint64 sendFileSize() const;
 
@@ -56,6 +58,7 @@ private:
     TCPThread *m_worker = nullptr;
     const DeviceTarget *m_target = nullptr;
     TransferFigureFields m_figures;
+    RateSampler m_rateSampler; // feeds RatePlot from the figures shown
     qint64 m_sentSize = 0;
     qint64 m_fileSize = 0;
     qint64 m_elapsedMsec = 1;

@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -138,7 +139,8 @@ private slots:
         QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
         old.close();
         command.replace("%udp", sim.udpPort).replace("%tcp", sim.target.section(':', 2));
-        command.replace("%file", file).replace("%fifo", fifo); // a FIFO read here, written by nobody
+        command.replace("%file", file)
+            .replace("%fifo", fifo); // a FIFO read here, written by nobody
         const auto [code, said] = mavix(QStringList{"--target", sim.target} + command.split(' '));
         QVERIFY2(said.contains(output), qPrintable(said));
         QCOMPARE(code, exitCode);
@@ -146,9 +148,12 @@ private slots:
         inFifo.resize(std::max<qint64>(0, ::read(reader, inFifo.data(), 64)));
         ::close(reader);
         if (state.startsWith("FILE=")) // the file's bytes, or its size
-            QCOMPARE(state == "FILE=1000" ? QByteArray::number(QFileInfo(file).size()) : readAll(file).toHex(), state.mid(5).toLatin1());
+            QCOMPARE(state == "FILE=1000" ? QByteArray::number(QFileInfo(file).size())
+                                          : readAll(file).toHex(),
+                     state.mid(5).toLatin1());
         else if (state.startsWith("FIFO="))
-            QVERIFY(QFileInfo::exists(fifo) && !QFileInfo(fifo).isFile() && inFifo.toHex() == state.mid(5));
+            QVERIFY(QFileInfo::exists(fifo) && !QFileInfo(fifo).isFile() &&
+                    inFifo.toHex() == state.mid(5));
         else if (!state.isEmpty())
             QCOMPARE(sim.registers(state), state.section('=', 1).toLatin1());
     }
@@ -162,10 +167,13 @@ private slots:
         dump.setStandardOutputFile(dir.filePath("snap"));
         dump.start(MAVIX_CLI_PATH, QStringList{"dump", "scratch"} + map);
         QVERIFY(dump.waitForFinished(kProcessTimeoutMs) && dump.exitCode() == 0);
-        QCOMPARE(mavix(QStringList{"put", "scratch.ctrl.mode=run", "scratch.threshold=300"} + map).first, 0);
-        QCOMPARE(mavix(QStringList{"diff", dir.filePath("snap")} + map).second,
-                 "scratch.ctrl: 0x00000005 -> 0x00000015\n  .mode: idle -> run\nscratch.threshold: 0 -> "
-                 "300\nRegisters changed since the snapshot: 2\n");
+        QCOMPARE(
+            mavix(QStringList{"put", "scratch.ctrl.mode=run", "scratch.threshold=300"} + map).first,
+            0);
+        QCOMPARE(
+            mavix(QStringList{"diff", dir.filePath("snap")} + map).second,
+            "scratch.ctrl: 0x00000005 -> 0x00000015\n  .mode: idle -> run\nscratch.threshold: 0 -> "
+            "300\nRegisters changed since the snapshot: 2\n");
         QProcess refused; // answers "n" to the question
         refused.start(MAVIX_CLI_PATH, QStringList{"load", dir.filePath("snap")} + map);
         refused.write("n\n");
@@ -174,7 +182,8 @@ private slots:
         QCOMPARE(sim.registers("1000=00000015"), "00000015");
         QCOMPARE(mavix(QStringList{"load", "--yes", dir.filePath("snap")} + map).first, 0);
         QCOMPARE(sim.registers("1000=000000050000"), "000000050000");
-        QVERIFY(mavix(QStringList{"diff", dir.filePath("snap")} + map).second.startsWith("Registers changed since the snapshot: 0"));
+        QVERIFY(mavix(QStringList{"diff", dir.filePath("snap")} + map)
+                    .second.startsWith("Registers changed since the snapshot: 0"));
     }
     void bigTransfersKeepEveryByte()
     {
@@ -222,6 +231,45 @@ private slots:
                                     command.replace("%file", file.fileName()).split(' '));
         QVERIFY(p.waitForFinished(kProcessTimeoutMs) && p.exitCode() == 0);
         QTEST(QJsonDocument::fromJson(p.readAllStandardOutput()).object().keys().join(' '), "keys");
+    }
+    // watch --csv: a header, then a row a change; the time and seconds columns are checked for
+    // their form and cut off, the rest is pinned.
+    void watchCsv_data()
+    {
+        // clang-format off
+        columns<QString, QString, int, QString>("fault", "written", "exitCode", "rows");
+        QTest::addRow("a value written meanwhile") << "" << "CAFEBABE" << 0 << "time,seconds,target,value|0x00001000,00000000|0x00001000,CAFEBABE";
+        QTest::addRow("a bus error ends it") << "--bus-error" << "" << 4 << "time,seconds,target,value";
+        // clang-format on
+    }
+    void watchCsv()
+    {
+        QFETCH(QString, fault);
+        QFETCH(QString, written);
+        Sim sim(fault.split(' ', Qt::SkipEmptyParts));
+        QProcess watch;
+        watch.start(MAVIX_CLI_PATH,
+                    {"--target", sim.target, "watch", "1000", "4", "--interval", "50", "--csv"});
+        QByteArray out;
+        if (!written.isEmpty()) {
+            QTRY_VERIFY_WITH_TIMEOUT((out += watch.readAllStandardOutput()).count('\n') == 2,
+                                     10000);
+            QCOMPARE(mavix({"--target", sim.target, "write", "1000", written}).first, 0);
+            QTRY_VERIFY_WITH_TIMEOUT((out += watch.readAllStandardOutput()).count('\n') == 3,
+                                     10000);
+            ::kill(pid_t(watch.processId()), SIGINT);
+        }
+        QVERIFY(watch.waitForFinished(kProcessTimeoutMs));
+        QTEST(watch.exitCode(), "exitCode");
+        out += watch.readAllStandardOutput();
+        static const QRegularExpression timeColumns(
+            R"(^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3},\d+\.\d{3},)");
+        QStringList rows = QString::fromUtf8(out).split('\n', Qt::SkipEmptyParts);
+        for (int i = 1; i < rows.size(); ++i) {
+            QVERIFY2(timeColumns.match(rows[i]).hasMatch(), qPrintable(rows[i]));
+            rows[i].remove(timeColumns);
+        }
+        QTEST(rows.join('|'), "rows");
     }
     // Ctrl+C ends a register wait at once, with 128 + SIGINT.
     void ctrlCEndsARegisterWait()

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
 
@@ -86,6 +87,11 @@ RegistersTab::RegistersTab(QWidget *parent) : QWidget(parent), m_ui(new Ui::Regi
     for (const QString &file : RegisterCatalog::environmentMaps())
         (void)addMapFile(file);
     rebuildTree();
+    m_ui->registersSplitter->setStretchFactor(0, 3);
+    m_ui->registersSplitter->setStretchFactor(1, 2);
+    m_ui->registersWatchPlot->setZeroBased(false);
+    connectWatchForm();
+    showWatchRunning(false);
 }
 
 RegistersTab::~RegistersTab() = default;
@@ -94,6 +100,9 @@ void RegistersTab::setAgent(WrenAgent *agent)
 {
     m_agent = agent;
     connect(agent->gate(), &AccessGate::busyChanged, this, &RegistersTab::setBusy);
+    delete m_watch;
+    m_watch = new RegisterWatch(agent, this);
+    connectWatch();
 }
 
 void RegistersTab::setBusy(bool busy)
@@ -338,4 +347,138 @@ void RegistersTab::writeEdited()
     }
     m_edits.clear();
     readEntries(entries); // shows what the device holds now
+}
+
+// Watch
+
+void RegistersTab::connectWatch()
+{
+    connect(m_watch, &RegisterWatch::sampled, this, &RegistersTab::showWatchSample);
+    connect(m_watch, &RegisterWatch::failed, this, &RegistersTab::showWatchFailure);
+    connect(m_watch, &RegisterWatch::runningChanged, this, &RegistersTab::showWatchRunning);
+}
+
+void RegistersTab::connectWatchForm()
+{
+    connect(m_ui->registersWatchStartButton, &QPushButton::clicked, this,
+            &RegistersTab::startWatch);
+    connect(m_ui->registersWatchStopButton, &QPushButton::clicked, this, &RegistersTab::stopWatch);
+    connect(m_ui->registersWatchExportButton, &QPushButton::clicked, this,
+            &RegistersTab::exportWatch);
+    connect(m_ui->registersTree, &QTreeWidget::currentItemChanged, this,
+            &RegistersTab::fillWatchTarget);
+}
+
+// A register or field picked in the tree becomes what to watch.
+void RegistersTab::fillWatchTarget(QTreeWidgetItem *item)
+{
+    if (!item || (m_watch && m_watch->isRunning()))
+        return;
+    const int field = item->data(NameColumn, kFieldRole).toInt();
+    if (field == -2)
+        return;
+    const RegisterEntry &entry = m_catalog.entry(item->data(NameColumn, kEntryRole).toInt());
+    m_ui->registersWatchTargetLineEdit->setText(field < 0 ? entry.name()
+                                                          : entry.name() + QLatin1Char('.') +
+                                                                entry.reg.fields.at(field).name);
+}
+
+void RegistersTab::startWatch()
+{
+    if (!m_watch || m_watch->isRunning())
+        return;
+    const QString target = m_ui->registersWatchTargetLineEdit->text().trimmed();
+    QString error;
+    if (target.isEmpty()) {
+        error = tr("Type an address or a register name to watch");
+    } else if (target.contains(QLatin1Char('.'))) {
+        error = m_watch->watchName(m_catalog, target);
+    } else {
+        quint32 address = 0;
+        error = RegisterRange::parseAddress(target, &address);
+        if (error.isEmpty())
+            error = m_watch->watchRange(address, m_ui->registersWatchLengthSpinBox->value());
+    }
+    m_ui->registersWatchErrorLabel->setText(error);
+    if (!error.isEmpty()) {
+        reportError(error);
+        return;
+    }
+    PlotWidget *plot = m_ui->registersWatchPlot;
+    plot->clear();
+    plot->setStyle(m_watch->isNumeric() ? PlotWidget::Style::Line : PlotWidget::Style::Marks);
+    plot->setUnit(m_watch->targetText());
+    m_ui->registersWatchChangesTree->clear();
+    m_watchRows.clear();
+    m_watch->setIntervalMs(m_ui->registersWatchIntervalSpinBox->value());
+    m_watch->setTimeoutMs(m_accessTimeoutMs);
+    m_watch->start();
+}
+
+void RegistersTab::stopWatch()
+{
+    if (m_watch)
+        m_watch->stop();
+}
+
+void RegistersTab::showWatchRunning(bool running)
+{
+    m_ui->registersWatchStartButton->setEnabled(!running);
+    m_ui->registersWatchStopButton->setEnabled(running);
+    for (QWidget *field : std::initializer_list<QWidget *>{m_ui->registersWatchTargetLineEdit,
+                                                           m_ui->registersWatchLengthSpinBox,
+                                                           m_ui->registersWatchIntervalSpinBox})
+        field->setEnabled(!running);
+}
+
+// Numbers are drawn at every read; other values as a mark where they changed.
+void RegistersTab::showWatchSample(const WatchSample &sample)
+{
+    const double seconds = double(sample.elapsedMs) / 1000;
+    if (sample.number)
+        m_ui->registersWatchPlot->append(seconds, *sample.number);
+    if (!sample.changed)
+        return;
+    if (!sample.number)
+        m_ui->registersWatchPlot->append(seconds, 0);
+    QTreeWidget *list = m_ui->registersWatchChangesTree;
+    if (list->topLevelItemCount() >= kMaxWatchRows) {
+        delete list->takeTopLevelItem(0);
+        m_watchRows.removeFirst();
+    }
+    auto *item = new QTreeWidgetItem(
+        list, {sample.time.toString(QStringLiteral("HH:mm:ss.zzz")), sample.text});
+    list->scrollToItem(item);
+    if (list->topLevelItemCount() == 1)
+        list->resizeColumnToContents(0);
+    m_watchRows << m_watch->csvRow(sample);
+}
+
+void RegistersTab::showWatchFailure(const QString &reason)
+{
+    m_ui->registersWatchErrorLabel->setText(reason);
+    reportError(reason);
+    emit transmissionFailed();
+}
+
+void RegistersTab::exportWatch()
+{
+    const QString fileName = QFileDialog::getSaveFileName(this, tr("Export CSV"), QString(),
+                                                          tr("CSV files (*.csv);;All files (*)"));
+    if (!fileName.isEmpty())
+        (void)exportWatchCsv(fileName);
+}
+
+bool RegistersTab::exportWatchCsv(const QString &fileName)
+{
+    QSaveFile file(fileName);
+    QByteArray text = RegisterWatch::csvHeader().toUtf8() + '\n';
+    for (const QString &row : std::as_const(m_watchRows))
+        text += row.toUtf8() + '\n';
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
+        reportError(tr("Cannot write %1: %2").arg(fileName, file.errorString()));
+        return false;
+    }
+    reportResult(tr("Watch exported to %1").arg(QFileInfo(fileName).fileName()));
+    return true;
 }

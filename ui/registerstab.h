@@ -6,6 +6,7 @@
 #pragma once
 
 #include "regs/registercatalog.h"
+#include "regs/registerwatch.h"
 #include "wren/wrenagent.h"
 
 #include <QHash>
@@ -23,6 +24,9 @@ class RegistersTab : public QWidget
     Q_OBJECT
 
 public:
+    // The change list and its CSV keep this many changes, the newest.
+    static constexpr int kMaxWatchRows = 10000;
+
     explicit RegistersTab(QWidget *parent = nullptr);
     ~RegistersTab() override;
 
@@ -45,6 +49,13 @@ public slots:
     // Adds a map file beside the others; reports and returns false when it is refused.
     bool addMapFile(const QString &fileName);
 
+    // Watch
+    void startWatch();
+    void stopWatch();
+    void exportWatch();
+    // Writes the changes listed, under the CSV header; reports and returns false on a failure.
+    bool exportWatchCsv(const QString &fileName);
+
 private:
     enum Column {
         NameColumn,
@@ -62,6 +73,12 @@ private:
     void takeEdit(QTreeWidgetItem *item, int column);
     void setBusy(bool busy);
     [[nodiscard]] QList<int> visibleEntries() const;
+    void connectWatch();
+    void connectWatchForm();
+    void fillWatchTarget(QTreeWidgetItem *item);
+    void showWatchSample(const WatchSample &sample);
+    void showWatchFailure(const QString &reason);
+    void showWatchRunning(bool running);
 
     std::unique_ptr<Ui::RegistersTab> m_ui;
     WrenAgent *m_agent = nullptr;
@@ -72,4 +89,6 @@ private:
     bool m_expert = false;
     bool m_updating = false;
     int m_accessTimeoutMs = kAccessTimeoutMs;
+    RegisterWatch *m_watch = nullptr;
+    QStringList m_watchRows; // CSV rows of the changes listed
 };

@@ -33,6 +33,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -43,6 +44,9 @@
 #include <cstdio>
 
 namespace {
+
+// Long enough for the send dialog's plot to have a few samples.
+constexpr int kSendShotMs = 3500;
 
 QString g_outputFolder;
 QString g_language;
@@ -217,7 +221,7 @@ int main(int argc, char *argv[])
     click(window, "TCPRecvFileTextConvertCheckbox");
     save(window, QStringLiteral("tcp"));
 
-    // Receiving a paced stream, shown as hex.
+    // Receiving a paced stream, shown as hex; the rate plot has a few seconds to draw.
     dataPort.setMode(SimDataPort::Mode::Source);
     dataPort.setSourceBytes(-1);
     dataPort.setSourceRate(400 * 1000);
@@ -229,20 +233,20 @@ int main(int argc, char *argv[])
     if (!child<QCheckBox>(recv, "ShowHexCheckbox")->isChecked())
         click(recv, "ShowHexCheckbox");
     click(recv, "RecvButton");
-    settle(2600);
+    settle(7600);
     save(recv, QStringLiteral("recv-dialog"));
     click(recv, "StopButton");
     settle(1500);
     recv->close();
 
-    // Sending a large file, caught half-way.
+    // Sending a large file, caught half-way, with the rate of its first seconds.
     dataPort.setMode(SimDataPort::Mode::Sink);
     tcpTab->openSendInfoDialog();
     QWidget *send = tcpTab->sendDialog();
     click(send, "SendButton");
     QElapsedTimer sending;
     sending.start();
-    while (sending.elapsed() < 600)
+    while (sending.elapsed() < kSendShotMs)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     save(send, QStringLiteral("send-dialog"), 100);
     click(send, "StopButton");
@@ -368,6 +372,19 @@ int main(int argc, char *argv[])
     tree->scrollToItem(tree->findItems(QStringLiteral("scratch"), Qt::MatchExactly).value(0),
                        QAbstractItemView::PositionAtTop);
     save(window, QStringLiteral("registers"));
+
+    // A watch on a field while the device's value moves: the line, and the changes with their
+    // time.
+    child<QLineEdit>(window, "registersWatchTargetLineEdit")
+        ->setText(QStringLiteral("scratch.ctrl.divider"));
+    child<QSpinBox>(window, "registersWatchIntervalSpinBox")->setValue(200);
+    click(window, "registersWatchStartButton");
+    for (const char *value : {"00000A11", "00001411", "00001E11", "00001911", "00002811"}) {
+        settle(900);
+        device.sim()->poke(0x1000, QByteArray::fromHex(value));
+    }
+    save(window, QStringLiteral("register-watch"), 900);
+    click(window, "registersWatchStopButton");
 
     window->close();
     dataPort.stop();

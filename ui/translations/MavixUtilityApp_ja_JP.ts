@@ -307,6 +307,10 @@
         <source>Cannot find the host %1: %2</source>
         <translation>ホスト %1 が見つかりません: %2</translation>
     </message>
+    <message>
+        <source>Print one CSV row a change (time, seconds since the start, address, value in hex) under a header line.</source>
+        <translation>変化ごとに CSV を 1 行出力します (時刻、開始からの秒数、アドレス、16 進の値)。先頭に見出し行を付けます。</translation>
+    </message>
 </context>
 <context>
     <name>DeviceMap</name>
@@ -1032,6 +1036,10 @@
     <message>
         <source>The ZEL-RS232C operation failed</source>
         <translation>ZEL-RS232C の操作に失敗しました</translation>
+    <name>PlotWidget</name>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 秒</translation>
     </message>
 </context>
 <context>
@@ -1320,6 +1328,17 @@
     </message>
 </context>
 <context>
+    <name>RegisterWatch</name>
+    <message>
+        <source>Data length must be 1 to 255</source>
+        <translation>データ長は 1 から 255 で指定してください</translation>
+    </message>
+    <message>
+        <source>%1 is write-only</source>
+        <translation>%1 は書き込み専用です</translation>
+    </message>
+</context>
+<context>
     <name>RegistersTab</name>
     <message>
         <source>Filter: name or pattern (settings.*port*)</source>
@@ -1404,6 +1423,78 @@
     <message>
         <source>Nothing to write: type a value into the Value column first</source>
         <translation>書き込むものがありません。先に「値」の列に値を入力してください</translation>
+    </message>
+    <message>
+        <source>Watch</source>
+        <translation>監視</translation>
+    </message>
+    <message>
+        <source>Address (hex) or register/field name</source>
+        <translation>アドレス (16 進) またはレジスタ/フィールド名</translation>
+    </message>
+    <message>
+        <source>A hex address with a length, or the name of a register or field of the maps (a selected row fills it in)</source>
+        <translation>16 進アドレスと長さ、またはマップのレジスタ名/フィールド名 (選択した行が入力されます)</translation>
+    </message>
+    <message>
+        <source>Length</source>
+        <translation>長さ</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>間隔</translation>
+    </message>
+    <message>
+        <source> ms</source>
+        <translation> ms</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>開始</translation>
+    </message>
+    <message>
+        <source>Read the value again and again at the interval</source>
+        <translation>間隔ごとに値を繰り返し読み出します</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message>
+        <source>Stop watching</source>
+        <translation>監視を停止します</translation>
+    </message>
+    <message>
+        <source>Export CSV…</source>
+        <translation>CSV 書き出し…</translation>
+    </message>
+    <message>
+        <source>Save the changes listed as a CSV file</source>
+        <translation>一覧の変化を CSV ファイルに保存します</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>時刻</translation>
+    </message>
+    <message>
+        <source>Type an address or a register name to watch</source>
+        <translation>監視するアドレスまたはレジスタ名を入力してください</translation>
+    </message>
+    <message>
+        <source>Export CSV</source>
+        <translation>CSV 書き出し</translation>
+    </message>
+    <message>
+        <source>CSV files (*.csv);;All files (*)</source>
+        <translation>CSV ファイル (*.csv);;すべてのファイル (*)</translation>
+    </message>
+    <message>
+        <source>Cannot write %1: %2</source>
+        <translation>%1 に書き込めません: %2</translation>
+    </message>
+    <message>
+        <source>Watch exported to %1</source>
+        <translation>監視結果を %1 に書き出しました</translation>
     </message>
 </context>
 <context>
@@ -1664,6 +1755,14 @@ read と write のファイルの場所: %3</translation>
         <source>Receiving finished</source>
         <translation>受信を終了しました</translation>
     </message>
+    <message>
+        <source>Transfer rate over the last 60 s; the whole run once it has ended</source>
+        <translation>直近 60 秒の転送速度。終了後は全体を表示</translation>
+    </message>
+    <message>
+        <source>MB/s</source>
+        <translation>MB/s</translation>
+    </message>
 </context>
 <context>
     <name>TCPSendInfoDlg</name>
@@ -1722,6 +1821,14 @@ read と write のファイルの場所: %3</translation>
     <message>
         <source>loss %1 / %2 bytes (%3%)</source>
         <translation>未送信 %1 / %2 バイト (%3%)</translation>
+    </message>
+    <message>
+        <source>Transfer rate over the last 60 s; the whole run once it has ended</source>
+        <translation>直近 60 秒の転送速度。終了後は全体を表示</translation>
+    </message>
+    <message>
+        <source>MB/s</source>
+        <translation>MB/s</translation>
     </message>
 </context>
 <context>
