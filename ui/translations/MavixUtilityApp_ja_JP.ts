@@ -1036,6 +1036,9 @@
     <message>
         <source>The ZEL-RS232C operation failed</source>
         <translation>ZEL-RS232C の操作に失敗しました</translation>
+    </message>
+</context>
+<context>
     <name>PlotWidget</name>
     <message>
         <source>%1 s</source>
