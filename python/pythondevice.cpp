@@ -193,7 +193,8 @@ MavixSetting PythonDevice::settings(bool eeprom)
         if (!image)
             failSequence(access, RegisterRange::readTimeoutText());
         MavixSetting setting;
-        setting.decode(*image);
+        if (const std::optional<QString> problem = setting.decode(*image))
+            throw PythonFailure(PythonFailure::Kind::BadReply, *problem);
         return setting;
     });
 }
@@ -235,7 +236,8 @@ MavixSetting PythonDevice::set(bool eeprom, bool yes,
         if (!image)
             failSequence(access, RegisterRange::readTimeoutText());
         MavixSetting device;
-        device.decode(*image);
+        if (const std::optional<QString> problem = device.decode(*image))
+            throw PythonFailure(PythonFailure::Kind::BadReply, *problem);
         MavixSettingFields typed = MavixSettingFields::from(device);
         for (const auto &field : fields) {
             const Key *key = std::find_if(std::begin(kKeys), std::end(kKeys), [&](const Key &k) {

@@ -994,6 +994,13 @@
     </message>
 </context>
 <context>
+    <name>PlotWidget</name>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 秒</translation>
+    </message>
+</context>
+<context>
     <name>PythonDevice</name>
     <message>
         <source>The data must be bytes, not text</source>
@@ -1036,13 +1043,6 @@
     <message>
         <source>The ZEL-RS232C operation failed</source>
         <translation>ZEL-RS232C の操作に失敗しました</translation>
-    </message>
-</context>
-<context>
-    <name>PlotWidget</name>
-    <message>
-        <source>%1 s</source>
-        <translation>%1 秒</translation>
     </message>
 </context>
 <context>
