@@ -3,6 +3,7 @@
 #include "testtable.h"
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -44,6 +45,19 @@ struct Sim
     }
     ~Sim() { process.terminate(), process.waitForFinished(kProcessTimeoutMs); }
 };
+
+// Whether the process has its own SIGINT handler yet: a slow start (a sanitizer build on a busy
+// machine) must not turn the test's Ctrl+C into the default kill.
+static bool catchesSigint(qint64 pid)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return false;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("SigCgt:"))
+            return line.mid(7).trimmed().toULongLong(nullptr, 16) & (1ULL << (SIGINT - 1));
+    return false;
+}
 
 static std::pair<int, QString> mavix(const QStringList &arguments)
 {
@@ -278,6 +292,7 @@ private slots:
         QProcess process;
         process.start(MAVIX_CLI_PATH, {"--target", slow.target, "read", "0", "4"});
         QVERIFY(process.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(catchesSigint(process.processId()), kProcessTimeoutMs);
         QTest::qWait(300);
         QElapsedTimer clock;
         clock.start();
