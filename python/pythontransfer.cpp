@@ -110,7 +110,7 @@ void PythonTransfer::stop()
     if (receiving())
         m_worker->stopReceiving();
     else
-        QMetaObject::invokeMethod(m_worker, "stopSending", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(m_worker, &TCPThread::stopSending, Qt::QueuedConnection);
 }
 
 void PythonTransfer::onStatusChanged(THREAD_STATUS oldStatus, THREAD_STATUS status)
