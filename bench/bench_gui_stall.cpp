@@ -13,6 +13,7 @@
 #include "app/appmodel.h"
 #include "app/devicetarget.h"
 #include "app/eventdispatcher.h"
+#include "app/qtmessages.h"
 #include "sim/simdataport.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcprecvinfodlg.h"
@@ -143,6 +144,7 @@ int main(int argc, char *argv[])
 {
     preferPlainEventDispatcher();
     QApplication app(argc, argv);
+    installQtMessageHandler(nullptr); // as the program does: no font-engine noise in the figures
     registerThreadMetaTypes();
 
     AppModel model;
