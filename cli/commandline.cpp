@@ -1,6 +1,7 @@
 #include "cli/commandline.h"
 
 #include "app/devicetarget.h"
+#include "app/hostlookup.h"
 #include "app/startupoptions.h"
 #include "cli/commandcontext.h"
 #include "cli/console.h"
@@ -17,7 +18,6 @@
 
 #include <QCommandLineParser>
 #include <QHostAddress>
-#include <QHostInfo>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -399,25 +399,14 @@ QString CommandLine::globalValue(const QString &name, const QCommandLineParser &
     return local.isSet(name) ? local.value(name) : global.value(name);
 }
 
-// A host name becomes the first address it resolves to, IPv4 first; an address stays as it is.
 // Empty when the name does not resolve (the reason is reported).
 QString CommandLine::resolveHost(const QString &host, Console &console) const
 {
-    static const QRegularExpression addressLike(QStringLiteral("^[0-9.]+$|:"));
-    if (host.isEmpty() || !QHostAddress(host).isNull() || host.contains(addressLike))
-        return host; // an address, or what the General tab's checks will refuse
-    const QHostInfo info = QHostInfo::fromName(host);
-    QList<QHostAddress> addresses = info.addresses();
-    std::stable_sort(addresses.begin(), addresses.end(),
-                     [](const QHostAddress &a, const QHostAddress &b) {
-                         return a.protocol() == QAbstractSocket::IPv4Protocol &&
-                                b.protocol() != QAbstractSocket::IPv4Protocol;
-                     });
-    if (addresses.isEmpty()) {
-        console.message(tr("Cannot find the host %1: %2").arg(host, info.errorString()));
-        return QString();
-    }
-    return addresses.first().toString();
+    QString error;
+    const QString address = lookUpHost(host, &error);
+    if (address.isEmpty() && !error.isEmpty())
+        console.message(error);
+    return address;
 }
 
 // HOST[:UDP[:TCP]] as the GUI's -target: takes it, or a host name; a part left out keeps the GUI's

@@ -1,6 +1,7 @@
 #include "python/pythondevice.h"
 
 #include "app/accessgate.h"
+#include "app/hostlookup.h"
 #include "app/report.h"
 #include "app/startupoptions.h"
 #include "python/pythongpib.h"
@@ -14,7 +15,6 @@
 
 #include <QCoreApplication>
 #include <QHostAddress>
-#include <QHostInfo>
 
 #include "python/pybind.h"
 
@@ -49,24 +49,14 @@ constexpr Key kKeys[] = {
     throw PythonFailure(PythonFailure::Kind::Refused, text);
 }
 
-// A host name becomes the first address it resolves to, IPv4 first; an address stays as it is.
+// A host name becomes the address it resolves to; one that does not resolve is refused.
 QString resolveHost(const QString &host)
 {
-    if (host.isEmpty() || !QHostAddress(host).isNull() || host.contains(QLatin1Char(':')) ||
-        std::all_of(host.cbegin(), host.cend(),
-                    [](QChar c) { return c.isDigit() || c == QLatin1Char('.'); }))
-        return host; // an address, or what the General tab's checks will refuse
-    const QHostInfo info = QHostInfo::fromName(host);
-    QList<QHostAddress> addresses = info.addresses();
-    std::stable_sort(addresses.begin(), addresses.end(),
-                     [](const QHostAddress &a, const QHostAddress &b) {
-                         return a.protocol() == QAbstractSocket::IPv4Protocol &&
-                                b.protocol() != QAbstractSocket::IPv4Protocol;
-                     });
-    if (addresses.isEmpty())
-        refuse(QCoreApplication::translate("CommandLine", "Cannot find the host %1: %2")
-                   .arg(host, info.errorString()));
-    return addresses.first().toString();
+    QString error;
+    const QString address = lookUpHost(host, &error);
+    if (!error.isEmpty())
+        refuse(error);
+    return address;
 }
 
 // The failure of a settings sequence: the failed access's, or refused input.
