@@ -29,10 +29,10 @@ bool FileSender::open(const TransferRun &run)
     m_sent = m_queuedFileBytes = m_queuedPayload = m_writtenPayload = m_displayed = 0;
     m_batchEnds.clear();
     m_atEnd = false;
-    if (run.fileName.isEmpty() || !m_file.open(QIODevice::ReadOnly))
+    // Unbuffered: a batch is one read of the file, not 16 KiB pieces.
+    if (run.fileName.isEmpty() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
     m_fileSize = m_file.size();
-    m_chunk.resize(kChunkBytes);
     return true;
 }
 
@@ -89,26 +89,22 @@ void FileSender::onBytesWritten(qint64 bytes)
         m_stallTimer->start(); // the system took something, or there is something new
 }
 
-// Reads and queues one batch. A batch of hex text may turn into no bytes at all: it is taken at
+// Reads and queues one batch: one read of the file and one block for the socket, so that the
+// system gets large writes. The display and the hex decoding take the block 1024 bytes at a time,
+// as they would take the file. A batch of hex text may turn into no bytes at all: it is taken at
 // once.
 void FileSender::queueBatch()
 {
-    const qint64 payloadBefore = m_queuedPayload;
-    while (m_queuedPayload - payloadBefore < kBatchBytes) {
-        const qint64 fileBytes = m_file.read(m_chunk.data(), kChunkBytes);
-        if (fileBytes <= 0) {
-            m_atEnd = true;
-            break;
-        }
-        QByteArrayView payload(m_chunk.constData(), fileBytes);
-        if (m_hexFile) {
-            m_payload.resize(0);
-            m_decoder.decode(m_chunk.constData(), fileBytes, &m_payload);
-            payload = m_payload;
-        }
-        if (m_showData && m_displayed < kDisplayLimitBytes)
-            show(fileBytes, payload);
-        if (!payload.isEmpty() && m_socket->write(payload.data(), payload.size()) < 0)
+    QByteArray block(kBatchBytes, Qt::Uninitialized);
+    const qint64 fileBytes = m_file.read(block.data(), kBatchBytes);
+    if (fileBytes <= 0) {
+        m_atEnd = true;
+    } else {
+        block.truncate(fileBytes);
+        if (m_showData)
+            showChunks(block);
+        const QByteArray payload = m_hexFile ? decoded(block) : block;
+        if (!payload.isEmpty() && m_socket->write(payload) < 0)
             return; // the connection is gone; its error has been reported
         m_queuedPayload += payload.size();
         m_queuedFileBytes += fileBytes;
@@ -119,21 +115,33 @@ void FileSender::queueBatch()
             this, [this] { onBytesWritten(0); }, Qt::QueuedConnection);
 }
 
-void FileSender::show(qint64 fileBytes, QByteArrayView payload)
+QByteArray FileSender::decoded(QByteArrayView hexText)
 {
-    const qint64 budget = kDisplayLimitBytes - m_displayed;
+    QByteArray bytes;
+    bytes.reserve(hexText.size() / 2 + 1);
+    m_decoder.decode(hexText.data(), hexText.size(), &bytes);
+    return bytes;
+}
+
+void FileSender::showChunks(QByteArrayView block)
+{
+    for (qsizetype at = 0; at < block.size() && m_displayed < kDisplayLimitBytes; at += kChunkBytes)
+        show(block.sliced(at, std::min<qsizetype>(kChunkBytes, block.size() - at)),
+             m_queuedFileBytes + at);
+}
+
+// A chunk of hex text is shown as it stands; bytes are laid out by the output format.
+void FileSender::show(QByteArrayView chunk, qint64 from)
+{
+    const qint64 covered = std::min<qint64>(chunk.size(), kDisplayLimitBytes - m_displayed);
     QByteArray text;
-    qint64 covered = 0;
     if (m_hexFile) {
-        covered = std::min(fileBytes, budget);
-        text = QByteArray(m_chunk.constData(), covered);
+        text = chunk.first(covered).toByteArray();
     } else {
-        covered = std::min<qint64>(payload.size(), budget);
         qint64 position = m_displayed;
-        m_layout.render(payload.data(), covered, &position,
+        m_layout.render(chunk.data(), covered, &position,
                         QByteArrayView(TCPOutputOption::kSendLineEnd), &text);
     }
-    const qint64 from = m_queuedFileBytes;
     m_displayed += covered;
     if (!text.isEmpty())
         emit shown(m_shownText.decode(text), from, covered);

@@ -1,6 +1,6 @@
 // Sends the run's file over a connected socket, driven by the socket's bytesWritten(): the file is
-// read 1024 bytes at a time (hex text turned back into bytes) and queued a batch at a time, the
-// next batch while the system still has the last one to take, so that it never runs dry. A batch's
+// read and queued a batch at a time (hex text turned back into bytes), the next batch while the
+// system still has the last one to take, so that it never runs dry. A batch's
 // file bytes count as sent once the system has taken all of it. When the system takes nothing for
 // the write time-out the run stalls.
 #pragma once
@@ -25,7 +25,7 @@ class FileSender : public QObject
 
 public:
     static constexpr qint64 kChunkBytes = 1024;
-    static constexpr qint64 kBatchBytes = 256 * 1024;
+    static constexpr qint64 kBatchBytes = 1024 * 1024;
     // File bytes shown as sent text at most, when Show Data is on.
     static constexpr qint64 kDisplayLimitBytes = 65536;
     // Progress figures are spaced so that a fast transfer does not flood the GUI's event queue.
@@ -54,7 +54,9 @@ signals:
 private:
     void onBytesWritten(qint64 bytes);
     void queueBatch();
-    void show(qint64 fileBytes, QByteArrayView payload);
+    [[nodiscard]] QByteArray decoded(QByteArrayView hexText);
+    void showChunks(QByteArrayView block);
+    void show(QByteArrayView chunk, qint64 from);
     void emitProgress(bool force);
 
     QFile m_file;
@@ -64,8 +66,6 @@ private:
     HexTextDecoder m_decoder;
     // A character of a hex text file may be split between two chunks: it is shown once whole.
     QStringDecoder m_shownText{QStringDecoder::Utf8};
-    QByteArray m_chunk;
-    QByteArray m_payload;
     QTcpSocket *m_socket = nullptr;
     QTimer *m_stallTimer = nullptr;
     qint64 m_fileSize = 0;

@@ -34,18 +34,13 @@ char *RecvRecorder::space(qsizetype size)
     return m_block.data() + m_used;
 }
 
-bool RecvRecorder::commit(qsizetype size)
-{
-    m_used += size;
-    m_position += size;
-    return m_used < kBlockBytes || writeOut();
-}
-
 bool RecvRecorder::add(const char *data, qsizetype size)
 {
     if (m_layout.bytesPerLine() == 0) {
         std::memcpy(space(size), data, size);
-        return commit(size);
+        m_used += size;
+        m_position += size;
+        return m_used < kBlockBytes || writeOut();
     }
     QByteArray text;
     m_layout.render(data, size, &m_position, QByteArrayView(TCPOutputOption::kRecvLineEnd), &text);
@@ -54,21 +49,35 @@ bool RecvRecorder::add(const char *data, qsizetype size)
     return m_used < kBlockBytes || writeOut();
 }
 
+bool RecvRecorder::add(const QByteArray &bytes)
+{
+    if (m_used > 0 || bytes.size() < kDirectBytes || m_layout.bytesPerLine() != 0)
+        return add(bytes.constData(), bytes.size());
+    m_position += bytes.size();
+    return writeAll(bytes.constData(), bytes.size());
+}
+
 bool RecvRecorder::writeOut()
 {
-    if (m_used == 0 || !m_file.isOpen())
+    const bool complete = writeAll(m_block.constData(), m_used);
+    m_used = 0;
+    return complete;
+}
+
+bool RecvRecorder::writeAll(const char *data, qsizetype size)
+{
+    if (size == 0 || !m_file.isOpen())
         return true;
     qsizetype done = 0;
-    while (done < m_used) {
-        const qint64 written = m_file.write(m_block.constData() + done, m_used - done);
+    while (done < size) {
+        const qint64 written = m_file.write(data + done, size - done);
         if (written <= 0)
             break;
         done += written;
         m_saved += written;
     }
-    const bool complete = done == m_used;
-    if (!complete)
-        m_error = m_file.errorString();
-    m_used = 0;
-    return complete;
+    if (done == size)
+        return true;
+    m_error = m_file.errorString();
+    return false;
 }

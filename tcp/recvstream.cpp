@@ -29,7 +29,6 @@ QString RecvStream::start(const TransferRun &run)
     m_run = run;
     m_received = 0;
     m_throttle.restart();
-    m_readBuffer.resize(kReadBytes);
     QMutexLocker lock(&m_displayMutex);
     m_displayMode = run.displayMode;
     m_layout = run.layout;
@@ -69,26 +68,21 @@ bool RecvStream::readFrom(QIODevice *device)
     QMutexLocker lock(&m_displayMutex);
     const bool display = m_displayMode != TCPOutputOption::kDisplayOff;
     lock.unlock();
-    const bool raw = m_recorder.isRaw();
     for (qint64 available = device->bytesAvailable(); available > 0;
          available = device->bytesAvailable()) {
-        const qsizetype want = qsizetype(std::min<qint64>(available, kReadBytes));
-        char *chunk = raw ? m_recorder.space(want) : m_readBuffer.data();
-        const qint64 received = device->read(chunk, want);
-        if (received <= 0) {
+        // All that is buffered at once: the socket hands its block over without a copy.
+        const QByteArray chunk = device->read(available);
+        if (chunk.isEmpty()) {
             LOG_ERROR("Invalid received data.");
             break;
         }
         if (display) {
             lock.relock();
-            m_tail.keep(chunk, received, m_received);
+            m_tail.keep(chunk.constData(), chunk.size(), m_received);
             lock.unlock();
         }
-        m_received += received;
-        const bool stored = !m_recorder.isOpen() ? true
-                            : raw                ? m_recorder.commit(received)
-                                                 : m_recorder.add(chunk, received);
-        if (!stored) {
+        m_received += chunk.size();
+        if (m_recorder.isOpen() && !m_recorder.add(chunk)) {
             m_recorder.close();
             return false;
         }

@@ -25,7 +25,6 @@ public:
     // The newest received bytes kept for the display; older ones are skipped and counted.
     static constexpr qsizetype kTailBytes = 4095;
     // Largest single read from the connection.
-    static constexpr qsizetype kReadBytes = 256 * 1024;
     static constexpr int kProgressIntervalMs = 50;
     static constexpr int kFlushIntervalMs = 1000;
 
@@ -77,7 +76,6 @@ private:
 
     TransferRun m_run;
     RecvRecorder m_recorder;
-    QByteArray m_readBuffer; // received bytes that are not recorded raw
     qint64 m_received = 0;
     ProgressThrottle m_throttle{kProgressIntervalMs};
     QTimer *m_progressDue = nullptr; // sends a figure held back by the throttle

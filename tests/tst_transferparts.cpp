@@ -18,7 +18,8 @@ class TestTransferParts : public QObject
     Q_OBJECT
 
 private slots:
-    // Pieces fed to the recorder, raw or as hex text; "|" splits the pieces, "w" writes out.
+    // Pieces fed to the recorder, raw or as hex text; "|" splits the pieces, "w" writes out, "B" is
+    // a 64 KiB block of 'x' handed over whole.
     void recorder_data()
     {
         // clang-format off
@@ -26,6 +27,8 @@ private slots:
         QTest::addRow("raw, kept until written out") << "r.bin" << "ab|c" << false << QByteArray() << qint64(0) << true;
         QTest::addRow("raw, written out") << "r.bin" << "ab|c|w" << false << QByteArray("abc") << qint64(3) << true;
         QTest::addRow("hex text across pieces") << "h.txt" << "abc|de|w" << true << QByteArray("6162-6364\r\n65") << qint64(13) << true;
+        QTest::addRow("a large block alone goes out at once") << "r.bin" << "B" << false << QByteArray(65536, 'x') << qint64(65536) << true;
+        QTest::addRow("a large block after gathered bytes waits") << "r.bin" << "ab|B" << false << QByteArray() << qint64(0) << true;
         QTest::addRow("full disk: the system's reason") << "/dev/full" << "abc|w" << false << QByteArray() << qint64(0) << false;
         // clang-format on
     }
@@ -40,7 +43,10 @@ private slots:
         bool ok = true;
         for (const QString &piece : pieces.split('|')) {
             const QByteArray bytes = piece.toLatin1();
-            ok = ok && (piece == "w" ? recorder.writeOut() : recorder.add(bytes, bytes.size()));
+            if (piece == "B")
+                ok = ok && recorder.add(QByteArray(65536, 'x'));
+            else
+                ok = ok && (piece == "w" ? recorder.writeOut() : recorder.add(bytes, bytes.size()));
         }
         QTEST(ok, "ok");
         QTEST(recorder.savedBytes(), "saved");
