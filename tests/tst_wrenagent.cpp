@@ -42,9 +42,11 @@ int access(WrenAgent &agent, bool isRead, int timeoutMs, QByteArray *result = nu
 class HostilePeer
 {
 public:
-    explicit HostilePeer(const QString &script) : m_script(script.split(u' ', Qt::SkipEmptyParts))
+    explicit HostilePeer(const QString &script,
+                         const QHostAddress &at = QHostAddress(QHostAddress::LocalHost))
+        : m_script(script.split(u' ', Qt::SkipEmptyParts))
     {
-        m_socket.bind(QHostAddress::LocalHost, 0);
+        m_socket.bind(at, 0);
         m_other.bind(QHostAddress::LocalHost, 0);
         QObject::connect(&m_socket, &QUdpSocket::readyRead, &m_socket, [this] { answer(); });
     }
@@ -169,6 +171,28 @@ private slots:
         QCOMPARE(data, hex("DEADBEEF"));
         QCOMPARE(newErrorMessages(),
                  logged.replaceInStrings("%1", QString::number(peer.m_other.localPort())));
+    }
+    // The device is reached at the address it is given, in whichever form, and a change of address
+    // alone (the same port) moves the requests along.
+    void reachesTheTarget_data()
+    {
+        columns<QString, QString>("peerAt", "target");
+        QTest::addRow("IPv4 loopback") << "127.0.0.1" << "127.0.0.1";
+        QTest::addRow("IPv6 loopback") << "::1" << "::1";
+        QTest::addRow("IPv4-mapped form") << "127.0.0.1" << "::ffff:127.0.0.1";
+    }
+    void reachesTheTarget()
+    {
+        QFETCH(QString, peerAt);
+        QFETCH(QString, target);
+        HostilePeer peer{QStringLiteral("good"), QHostAddress(peerAt)};
+        QVERIFY(peer.m_socket.state() == QAbstractSocket::BoundState);
+        WrenAgent agent;
+        agent.setTarget(QHostAddress(QStringLiteral("127.0.0.2")), peer.m_socket.localPort());
+        agent.setTarget(QHostAddress(target), peer.m_socket.localPort());
+        QByteArray data;
+        QCOMPARE(access(agent, true, kUnansweredTimeoutMs, &data), -1);
+        QCOMPARE(data, hex("DEADBEEF"));
     }
     // While an access waits, timers keep firing; an access asked for from one of them is refused at
     // once instead of nesting its wait; abort() ends the wait as a time-out.

@@ -37,8 +37,10 @@ WrenAgent::WrenAgent(QObject *parent) : QObject(parent), m_gate(new AccessGate(t
 void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
 {
     m_targetAddress = address;
-    if (udpPort == m_targetPort)
+    if (udpPort == m_targetPort) {
+        aimDestination();
         return;
+    }
     if (m_socket) {
         disconnect(m_socket, &QUdpSocket::readyRead, nullptr, nullptr);
         m_socket->close();
@@ -53,6 +55,15 @@ void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
     m_socket = new QUdpSocket(this);
     if (!m_socket->bind(0))
         LOG_ERROR(tr("UDP socket bind error"));
+    aimDestination();
+}
+
+void WrenAgent::aimDestination()
+{
+    if (m_socket)
+        m_destination.aim(m_socket->socketDescriptor(), m_targetAddress, m_targetPort);
+    else
+        m_destination.clear();
 }
 
 void WrenAgent::follow(const DeviceTarget *target)
@@ -114,12 +125,21 @@ void WrenAgent::refuseNestedAccess()
 void WrenAgent::send(const WrenPacket &request)
 {
     // Without a target there is no socket: the access fails like an unsent datagram.
-    if (m_socket &&
-        m_socket->writeDatagram(request.toByteArray(), m_targetAddress, m_targetPort) != -1)
-        return;
+    QString why;
+    if (!m_socket) {
+        why = tr("no target UDP port is set");
+    } else {
+        const QByteArray bytes = request.toByteArray();
+        // Qt sends what the plain path could not, and words the failure as it does everywhere.
+        if (m_destination.isValid() &&
+            m_destination.send(m_socket->socketDescriptor(), bytes.constData(), bytes.size()))
+            return;
+        if (m_socket->writeDatagram(bytes, m_targetAddress, m_targetPort) != -1)
+            return;
+        why = m_socket->errorString();
+    }
     LOG_ERROR(request.header().isRead() ? tr("WREN send, fail to send read command packet")
                                         : tr("WREN send, fail to send write command packet"));
-    const QString why = m_socket ? m_socket->errorString() : tr("no target UDP port is set");
     throw WrenError{WrenError::Timeout, tr("The request could not be sent: %1").arg(why), true};
 }
 

@@ -3,6 +3,7 @@
 // returns its data or throws WrenError.
 #pragma once
 
+#include "wren/datagramdestination.h"
 #include "wren/wrenerror.h"
 
 #include <QByteArray>
@@ -49,6 +50,7 @@ public:
 private:
     [[nodiscard]] quint8 takePacketId();
     void refuseNestedAccess();
+    void aimDestination();
     void send(const WrenPacket &request);
     QByteArray awaitReply(const WrenPacket &request, int timeoutMs);
     [[nodiscard]] bool replyArrivesSoon() const;
@@ -69,4 +71,5 @@ private:
     // sender's address object is assigned rather than made anew.
     QByteArray m_datagram;
     QHostAddress m_sender;
+    DatagramDestination m_destination;
 };
