@@ -7,6 +7,9 @@
 // timed over kRoundTrips after a warm-up, kRepetitions times, alternating so that both see the
 // same machine load; the median, min and max of each are printed and "ratio: X" = server median /
 // direct median.
+// Ceiling figure: the same client against a plain POSIX responder thread that answers each line
+// with a reply of the same form at once. A server that cost nothing would add this round trip to
+// a direct read; "ceiling" is the ratio such a server would reach.
 // Flood figure: a second client sends kFloodBytes without a line end and never reads, while the
 // first runs "read 0 16" round trips; printed are the growth of the process's peak resident
 // memory and the slowest round trip. Every run is bounded: a receive time-out per round trip, a
@@ -239,6 +242,78 @@ FloodFigures flood(LineClient &client, quint16 port, int *failed)
     return figures;
 }
 
+// A plain blocking responder on its own thread: greets, then answers every line at once with a
+// reply of the server's form, until the client leaves.
+class PlainResponder
+{
+public:
+    PlainResponder()
+    {
+        m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        if (m_listener < 0 ||
+            ::bind(m_listener, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+            ::listen(m_listener, 1) != 0 ||
+            ::getsockname(m_listener, reinterpret_cast<sockaddr *>(&address), &length) != 0)
+            return;
+        m_port = ntohs(address.sin_port);
+        m_thread = std::thread([this] { serve(); });
+    }
+    ~PlainResponder()
+    {
+        ::shutdown(m_listener, SHUT_RDWR);
+        if (m_thread.joinable())
+            m_thread.join();
+        ::close(m_listener);
+    }
+    PlainResponder(const PlainResponder &) = delete;
+    PlainResponder &operator=(const PlainResponder &) = delete;
+
+    [[nodiscard]] quint16 port() const { return m_port; }
+
+private:
+    void serve()
+    {
+        const int fd = ::accept(m_listener, nullptr, nullptr);
+        if (fd < 0)
+            return;
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        const std::string greeting = "OK:Connected" + std::string(kPrompt);
+        const std::string reply = std::string(kCommand) + "\r\nOK:\r\n00 : " +
+                                  std::string(16 * 3, '0') + "\r\n" + std::string(kPrompt);
+        bool ok = ::send(fd, greeting.data(), greeting.size(), MSG_NOSIGNAL) > 0;
+        char buffer[4096];
+        std::string line;
+        while (ok) {
+            const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+            ok = n > 0;
+            line.append(buffer, size_t(std::max<ssize_t>(n, 0)));
+            if (line.size() >= 2 && line.compare(line.size() - 2, 2, "\r\n") == 0) {
+                line.clear();
+                ok = ::send(fd, reply.data(), reply.size(), MSG_NOSIGNAL) > 0;
+            }
+        }
+        ::close(fd);
+    }
+
+    int m_listener = -1;
+    quint16 m_port = 0;
+    std::thread m_thread;
+};
+
+double plainRate(LineClient &client, int count, int *failed)
+{
+    QElapsedTimer clock;
+    clock.start();
+    const std::atomic<bool> stop{false};
+    *failed += client.roundTrips(count, stop);
+    return count * 1e9 / double(qMax<qint64>(clock.nsecsElapsed(), 1));
+}
+
 double directRate(WrenAgent &agent, int count, int *failed)
 {
     QElapsedTimer clock;
@@ -298,6 +373,13 @@ int main(int argc, char *argv[])
         return 1;
     }
 
+    PlainResponder responder;
+    LineClient plainClient(responder.port());
+    if (!plainClient.ok()) {
+        std::fprintf(stderr, "bench_server: no greeting from the plain responder\n");
+        return 1;
+    }
+
     std::printf("bench_server: %d round trips x %d runs each, mavix-sim on 127.0.0.1:%u, "
                 "server on port %u\n",
                 kRoundTrips, kRepetitions, device.udpPort(), server.serverPort());
@@ -305,12 +387,15 @@ int main(int argc, char *argv[])
     int failed = 0;
     (void)serverRate(*client, kWarmUp, &failed);
     (void)directRate(agent, kWarmUp, &failed);
+    (void)plainRate(plainClient, kWarmUp, &failed);
     std::vector<double> serverRates;
     std::vector<double> directRates;
-    // Alternate the two so that both see the same machine load.
+    std::vector<double> plainRates;
+    // Alternate the three so that all see the same machine load.
     for (int run = 0; run < kRepetitions; ++run) {
         serverRates.push_back(serverRate(*client, kRoundTrips, &failed));
         directRates.push_back(directRate(agent, kRoundTrips, &failed));
+        plainRates.push_back(plainRate(plainClient, kRoundTrips, &failed));
     }
     const auto [serverMin, serverMax] = std::minmax_element(serverRates.begin(), serverRates.end());
     const auto [directMin, directMax] = std::minmax_element(directRates.begin(), directRates.end());
@@ -318,6 +403,10 @@ int main(int argc, char *argv[])
                 *serverMin, *serverMax);
     std::printf("direct  read 16 B: median %7.0f/s  min %7.0f  max %7.0f\n", median(directRates),
                 *directMin, *directMax);
+    const double plain = median(plainRates);
+    std::printf("plain   TCP line/reply: median %7.0f/s (no device access)\n", plain);
+    std::printf("ceiling: a server that cost nothing would reach ratio %.2f\n",
+                plain / (median(directRates) + plain));
     const FloodFigures figures = flood(*client, server.serverPort(), &failed);
     std::printf("flood: %lld MiB sent without a line end%s; meanwhile %d round trips\n",
                 figures.sent >> 20, figures.dropped ? " (dropped by the server)" : "",

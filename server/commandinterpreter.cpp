@@ -97,6 +97,18 @@ QString CommandInterpreter::withoutTerminator(const QString &line)
                                                 : line.chopped(qMin(1, int(line.size())));
 }
 
+QStringView CommandInterpreter::firstWord(QStringView command)
+{
+    const qsizetype start = [command] {
+        qsizetype at = 0;
+        while (at < command.size() && command.at(at) == u' ')
+            ++at;
+        return at;
+    }();
+    const qsizetype end = command.indexOf(u' ', start);
+    return command.sliced(start, (end < 0 ? command.size() : end) - start);
+}
+
 CommandInterpreter::Result CommandInterpreter::run(const QString &command) const
 {
     const QStringList words = command.split(QLatin1Char(' '), Qt::SkipEmptyParts);

@@ -43,6 +43,8 @@ public:
 
     // The line as the session delivered it, terminator included, minus that terminator.
     [[nodiscard]] static QString withoutTerminator(const QString &line);
+    // The first word of a command line (words are separated by spaces), empty when there is none.
+    [[nodiscard]] static QStringView firstWord(QStringView command);
     // One command line without its terminator.
     [[nodiscard]] Result run(const QString &command) const;
 

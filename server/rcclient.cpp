@@ -2,11 +2,12 @@
 
 #include "app/log.h"
 #include "server/allowrule.h"
+#include "server/commandinterpreter.h"
 
-#include <QStringList>
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -74,13 +75,8 @@ void RCClient::sendPrompt()
 
 bool RCClient::finishCommand(const QString &command)
 {
-    QStringList parts = command.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (!parts.isEmpty()) {
-        QString &last = parts.last();
-        last.chop(last.endsWith(QLatin1String("\r\n")) ? 2 : 1);
-    }
     flushEcho(); // a command answered by silence leaves its echo here
-    if (parts.value(0) != QLatin1String("quit")) {
+    if (CommandInterpreter::firstWord(CommandInterpreter::withoutTerminator(command)) != QLatin1String("quit")) {
         m_serving = false;
         // New bytes bring readyRead(); only those already here need a nudge.
         if (m_socket && (m_inputAt < m_input.size() || m_socket->bytesAvailable() > 0))
@@ -108,8 +104,11 @@ void RCClient::getPacket()
         }
         QByteArray echo;
         bool ended = false;
-        while (!ended && m_inputAt < m_input.size())
-            ended = take(m_input.at(m_inputAt++), echo);
+        while (!ended && m_inputAt < m_input.size()) {
+            takeRun(echo);
+            if (m_inputAt < m_input.size())
+                ended = take(m_input.at(m_inputAt++), echo);
+        }
         if (!ended) {
             // Echoed as it comes, for a person typing; behind a held echo, to keep the order.
             if (!m_heldEcho.isEmpty())
@@ -128,6 +127,30 @@ void RCClient::getPacket()
         emit lineReceived(command);
         return;
     }
+}
+
+// Ordinary bytes are taken (or, in an overlong line, skipped) a run at a time; take() sees line
+// ends, telnet commands and the byte that makes a line overlong.
+void RCClient::takeRun(QByteArray &echo)
+{
+    if (m_telnet != Telnet::Data || m_afterCr)
+        return;
+    const qsizetype limit =
+        m_discarding ? m_input.size()
+                     : std::min(m_input.size(), m_inputAt + kMaxLineBytes - m_line.size());
+    qsizetype end = m_inputAt;
+    while (end < limit) {
+        const char byte = m_input.at(end);
+        if (byte == '\r' || byte == '\n' || uchar(byte) == kIac)
+            break;
+        ++end;
+    }
+    if (!m_discarding) {
+        const QByteArrayView run(m_input.constData() + m_inputAt, end - m_inputAt);
+        m_line += run;
+        echo += run;
+    }
+    m_inputAt = end;
 }
 
 bool RCClient::take(char byte, QByteArray &echo)

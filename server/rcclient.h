@@ -62,6 +62,7 @@ private:
     enum class Telnet { Data, Command, Option, Sub, SubCommand };
 
     // Consumes one byte; true when it ended a line.
+    void takeRun(QByteArray &echo);
     bool take(char byte, QByteArray &echo);
     [[nodiscard]] bool endLine(const QByteArray &terminator, QByteArray &echo);
     [[nodiscard]] bool mayTakeInput() const;
