@@ -231,18 +231,34 @@ CommandInterpreter::Result CommandInterpreter::help(const QStringList &words)
     return Result{reply, true, {QString::fromLatin1(kHelpLogLine)}, Outcome::Succeeded};
 }
 
+// Per line: the address in upper-case hex (two digits at least), " : ", each byte as two digits and
+// a space, CR LF. Written straight into the text: a dump is part of every read's round trip.
 QByteArray CommandInterpreter::dump(quint32 address, const QByteArray &data)
 {
-    QByteArray text;
-    // Per line: an address of up to 8 digits, " : ", three characters a byte, CR LF.
-    text.reserve((data.size() / kDumpBytesPerLine + 1) * (8 + 3 + 3 * kDumpBytesPerLine + 2));
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    const qsizetype lines = (data.size() + kDumpBytesPerLine - 1) / kDumpBytesPerLine;
+    QByteArray text(lines * (8 + 3 + 2) + data.size() * 3, Qt::Uninitialized);
+    char *out = text.data();
     for (qsizetype offset = 0; offset < data.size(); offset += kDumpBytesPerLine) {
-        text += QByteArray::number(address + quint32(offset), 16).toUpper().rightJustified(2, '0');
-        text += " : ";
+        char digits[8];
+        int count = 0;
+        for (quint32 value = address + quint32(offset); value != 0 || count < 2; value >>= 4)
+            digits[count++] = kDigits[value & 0xF];
+        while (count > 0)
+            *out++ = digits[--count];
+        *out++ = ' ';
+        *out++ = ':';
+        *out++ = ' ';
         const qsizetype end = qMin(offset + kDumpBytesPerLine, data.size());
-        text +=
-            QByteArray::fromRawData(data.constData() + offset, end - offset).toHex(' ').toUpper();
-        text += " \r\n";
+        for (qsizetype at = offset; at < end; ++at) {
+            const auto byte = uchar(data.at(at));
+            *out++ = kDigits[byte >> 4];
+            *out++ = kDigits[byte & 0xF];
+            *out++ = ' ';
+        }
+        *out++ = '\r';
+        *out++ = '\n';
     }
+    text.truncate(out - text.constData());
     return text;
 }
