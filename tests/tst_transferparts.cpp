@@ -1,6 +1,6 @@
 // The transfer worker's parts on their own: the recorder and the receive stream with real files
-// (and /dev/full as the full disk), the display tail, the progress throttle, and the connection
-// against the emulator's data port on loopback.
+// (and /dev/full as the full disk), the display tail, the progress throttle, the text decoder of
+// the display, and the connection against the emulator's data port on loopback.
 #include "sim/simdataport.h"
 #include "tcp/displaytail.h"
 #include "tcp/progressthrottle.h"
@@ -8,6 +8,7 @@
 #include "tcp/recvstream.h"
 #include "tcp/tcpconnection.h"
 #include "tcp/tcpoutputoption.h"
+#include "tcp/utf8piecedecoder.h"
 #include "testtable.h"
 
 #include <QtNetwork>
@@ -154,6 +155,33 @@ private slots:
         QVERIFY(connection.close(false, 2000));
         QCOMPARE(connection.exists(), false);
         QCOMPARE(connection.close(false, 2000), false);
+    }
+    // UTF-8 pieces ("|" splits them, "!" starts over) decoded one by one, then what the end gives.
+    void pieceDecoder_data()
+    {
+        // clang-format off
+        columns<QByteArray, QString, QString>("pieces", "text", "end");
+        QTest::addRow("split character whole, once") << QByteArray("x\xE3|\x81|\x82y") << "x\u3042y" << "";
+        QTest::addRow("incomplete at the end") << QByteArray("z\xE3\x81") << "z" << "\ufffd";
+        QTest::addRow("not continued: nothing after it lost") << QByteArray("\xE3|ab") << "\ufffdab" << "";
+        QTest::addRow("not continued: a whole character follows") << QByteArray("\xC3|\xC3\xA9") << "\ufffd\u00e9" << "";
+        QTest::addRow("starting over forgets a held character") << QByteArray("x\xE3|!|a") << "xa" << "";
+        QTest::addRow("a BOM is shown") << QByteArray("\xEF\xBB|\xBF" "a") << QStringLiteral("\ufeffa") << "";
+        // clang-format on
+    }
+    void pieceDecoder()
+    {
+        QFETCH(QByteArray, pieces);
+        Utf8PieceDecoder decoder;
+        QString text;
+        for (const QByteArray &piece : pieces.split('|')) {
+            if (piece == "!")
+                decoder.restart();
+            else
+                text += decoder.decode(piece);
+        }
+        QTEST(text, "text");
+        QTEST(decoder.finish(), "end");
     }
     // A long interval: only the first figure and forced ones go out, never one already sent.
     void throttle_data()
