@@ -5,7 +5,7 @@
 #include "python/pythongpib.h"
 #include "python/pythonregisters.h"
 #include "python/pythonserial.h"
-#include "python/pythontransfer.h"
+#include "tcp/transferrunner.h"
 
 #include "python/pybind.h"
 

@@ -8,10 +8,10 @@
 #include "python/pythonregisters.h"
 #include "python/pythonruntime.h"
 #include "python/pythonserial.h"
-#include "python/pythontransfer.h"
 #include "settings/mavixsettingaccess.h"
 #include "settings/mavixsettingfields.h"
 #include "settings/registerrange.h"
+#include "tcp/transferrunner.h"
 
 #include <QCoreApplication>
 #include <QHostAddress>
@@ -258,17 +258,7 @@ MavixSetting PythonDevice::set(bool eeprom, bool yes,
 
 TransferResult PythonDevice::receive(const QString &path, qint64 bytes, qint64 ms)
 {
-    checkThread();
-    ReportSink::instance()->clear();
-    PythonTransfer transfer(PythonTransfer::Direction::Receive, m_host, m_tcpPort, m_timeoutMs);
-    transfer.setLimits(bytes, ms);
-    if (!transfer.prepare(path))
-        refuse(ReportSink::instance()->firstError(path));
-    const TransferResult result =
-        run([&] { return transfer.run(); }, [&transfer] { transfer.interrupt(); });
-    if (ReportSink::instance()->hasErrors())
-        throw PythonFailure(PythonFailure::Kind::ConnectionFailed,
-                            ReportSink::instance()->firstError());
+    const TransferResult result = transfer(TransferRunner::Direction::Receive, path, bytes, ms);
     if (bytes > 0 && result.bytes < bytes)
         throw PythonFailure(
             PythonFailure::Kind::ConnectionFailed,
@@ -280,13 +270,20 @@ TransferResult PythonDevice::receive(const QString &path, qint64 bytes, qint64 m
 
 TransferResult PythonDevice::send(const QString &path)
 {
+    return transfer(TransferRunner::Direction::Send, path, -1, -1);
+}
+
+TransferResult PythonDevice::transfer(TransferRunner::Direction direction, const QString &path,
+                                      qint64 bytes, qint64 ms)
+{
     checkThread();
     ReportSink::instance()->clear();
-    PythonTransfer transfer(PythonTransfer::Direction::Send, m_host, m_tcpPort, m_timeoutMs);
-    if (!transfer.prepare(path))
+    TransferRunner runner(direction, m_host, m_tcpPort, m_timeoutMs);
+    runner.setLimits(bytes, ms);
+    if (!runner.prepare(path))
         refuse(ReportSink::instance()->firstError(path));
     const TransferResult result =
-        run([&] { return transfer.run(); }, [&transfer] { transfer.interrupt(); });
+        run([&] { return runner.run(); }, [&runner] { runner.interrupt(); });
     if (ReportSink::instance()->hasErrors())
         throw PythonFailure(PythonFailure::Kind::ConnectionFailed,
                             ReportSink::instance()->firstError());

@@ -9,6 +9,7 @@
 #include "python/pythonfailure.h"
 #include "python/reportsink.h"
 #include "settings/mavixsetting.h"
+#include "tcp/transferrunner.h"
 #include "wren/wrenagent.h"
 
 #include <QByteArray>
@@ -28,7 +29,6 @@
 class PythonGpib;
 class PythonRegisters;
 class PythonSerial;
-struct TransferResult;
 
 class PythonDevice
 {
@@ -78,6 +78,10 @@ public:
 
 private:
     void setTarget(const QString &target);
+    // One run over the data port (limits of a receive; -1: none); a refused file and a failure of
+    // the run are raised.
+    [[nodiscard]] TransferResult transfer(TransferRunner::Direction direction, const QString &path,
+                                          qint64 bytes, qint64 ms);
 
     std::unique_ptr<WrenAgent> m_agent;
     QThread *m_thread = nullptr;

@@ -117,6 +117,10 @@ void TCPRecvInfoDlg::applyDisplayMode()
     int mode = kDisplayOff;
     if (m_ui->DataShowCheckbox->isChecked())
         mode = m_ui->ShowHexCheckbox->isChecked() ? kDisplayHex : kDisplayText;
+    if (mode != option()->displayMode()) {
+        QMutexLocker lock(&m_mutex);
+        m_decoder.restart(); // a character begun as text is not ended by hex text
+    }
     option()->setDisplayMode(mode);
     m_worker->setDisplayMode(mode);
     refreshWidgetStates();
@@ -172,7 +176,7 @@ void TCPRecvInfoDlg::beginReceive()
     m_ui->RatePlot->setWholeRun(false);
     {
         QMutexLocker lock(&m_mutex);
-        m_pending.clear();
+        m_decoder.restart();
     }
     m_worker->beginRecvThread(TransferRun::of(*option(), m_target->host(), m_target->tcpPort()));
 }
@@ -223,14 +227,6 @@ void TCPRecvInfoDlg::progressUpdateTimeout()
     if (!m_elapsedTimer.isValid())
         return;
     refreshFigures();
-    bool pending = false;
-    {
-        QMutexLocker lock(&m_mutex);
-        pending = !m_pending.isEmpty();
-    }
-    // While bytes still arrive an incomplete character is kept back for its last bytes.
-    if (pending)
-        textOutput(m_status == TS_STOP);
 }
 
 qint64 TCPRecvInfoDlg::runElapsedMs() const
@@ -275,32 +271,22 @@ void TCPRecvInfoDlg::textOutput(bool forceAll)
     m_textOutputReserved = false;
     const int mode = option()->displayMode();
     if (mode == kDisplayOff) {
-        m_pending.clear();
+        m_decoder.restart();
         (void)m_worker->takeRecvData(-1); // text made before display was switched off
         return;
     }
 
-    // At most kPendingLimitBytes a pass, so that one pass never holds the GUI for long.
-    const qsizetype room = kPendingLimitBytes - m_pending.size();
-    if (room < 0)
-        LOG_WARN(QStringLiteral("Invalid buf size: buf[%1]").arg(m_pending.size()));
-    bool workerMayHoldMore = false;
-    if (room > 0) {
-        const QByteArray taken = m_worker->takeRecvData(room);
-        workerMayHoldMore = taken.size() >= room;
-        m_pending += taken;
-    }
-
-    // Once the receive has ended no byte will complete a partial character: show it as it is.
-    const bool showTail = forceAll || m_status == TS_STOP;
-    const qsizetype shown = (mode == kDisplayText && !showTail)
-                                ? TransferFigures::completeUtf8Length(m_pending)
-                                : m_pending.size();
-    if (shown > 0) {
-        const QByteArray bytes = m_pending.left(shown);
-        m_pending.remove(0, shown);
-        appendToTextArea(QString::fromUtf8(bytes)); // hex text carries the format's UTF-8
-    }
+    // At most kPendingLimitBytes a pass, so that one pass never holds the GUI for long. The
+    // decoder keeps a character whose last bytes are still to come (hex text carries the
+    // format's UTF-8).
+    const QByteArray taken = m_worker->takeRecvData(kPendingLimitBytes);
+    const bool workerMayHoldMore = taken.size() >= kPendingLimitBytes;
+    QString text = m_decoder.decode(taken);
+    // Once the receive has ended no byte will complete a partial character: show that it was there.
+    if ((forceAll || m_status == TS_STOP) && !workerMayHoldMore)
+        text += m_decoder.finish();
+    if (!text.isEmpty())
+        appendToTextArea(text);
     // A partial character alone waits for the worker's next recvStringAdded().
     if (workerMayHoldMore)
         reserveTextOutput();

@@ -5,8 +5,8 @@
 #include "tcp/ratesampler.h"
 #include "tcp/tcpthread.h"
 #include "tcp/transferfigurefields.h"
+#include "tcp/utf8piecedecoder.h"
 
-#include <QByteArray>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QRecursiveMutex>
@@ -81,7 +81,9 @@ private:
     qint64 m_stoppedElapsedMs = -1; // frozen run time once the receive has ended
     QRecursiveMutex m_mutex;
     bool m_textOutputReserved = false;
-    QByteArray m_pending; // display bytes taken from the worker and not shown yet
+    // Display text taken from the worker, as text or hex text; holds a character whose last
+    // bytes have not been taken yet. Starts over with each run and each display mode.
+    Utf8PieceDecoder m_decoder;
     qint64 m_recvSize = 0;
     bool m_failed = false; // the current run has reported a failure
     // The receive status as last announced by the worker: the widgets follow it in step with the

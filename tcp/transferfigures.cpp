@@ -1,7 +1,5 @@
 #include "tcp/transferfigures.h"
 
-#include "tcp/tcpoutputoption.h"
-
 #include <QCoreApplication>
 
 namespace {
@@ -17,9 +15,6 @@ constexpr int kRateDigits = 3;
 
 constexpr qint64 kBarLimit = 2147483647;
 constexpr qint64 kBarDivisor = 1000;
-
-// A UTF-8 character is at most four bytes long, so its lead byte is among the last four.
-constexpr int kLongestUtf8Char = 4;
 
 QString translated(const char *text)
 {
@@ -82,21 +77,6 @@ QString lossText(qint64 sentSize, qint64 fileSize)
         .arg(loss)
         .arg(fileSize)
         .arg(QString::number(percent, 'g'));
-}
-
-qsizetype completeUtf8Length(const QByteArray &bytes)
-{
-    const qsizetype size = bytes.size();
-    const qsizetype firstCandidate = qMax<qsizetype>(0, size - kLongestUtf8Char);
-    for (qsizetype lead = size - 1; lead >= firstCandidate; --lead) {
-        const int length = TCPOutputOption::utf8CharLength(bytes.at(lead));
-        if (length == 0)
-            continue; // continuation byte: its lead lies further back
-        if (length < 0 || size - lead >= length)
-            return size;
-        return lead;
-    }
-    return size; // only continuation bytes: nothing will complete them
 }
 
 QString breakLongLines(const QString &text, qsizetype currentLineChars, qsizetype longestLineChars)

@@ -1,9 +1,8 @@
 // The figures both transfer dialogs show: size, time and rate with their units, the progress bar
-// range, the loss report of a stopped send, and where received text may be cut without splitting
-// a UTF-8 character. Widget-free so that the rules can be checked on their own.
+// range, the loss report of a stopped send, and where long received lines are broken.
+// Widget-free so that the rules can be checked on their own.
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 #include <QtGlobal>
 
@@ -36,11 +35,6 @@ namespace TransferFigures {
 
 // "loss %1 / %2 bytes (%3%)" for a send stopped after `sentSize` of `fileSize` bytes.
 [[nodiscard]] QString lossText(qint64 sentSize, qint64 fileSize);
-
-// Length of the longest prefix of `bytes` that ends on a character boundary: an incomplete
-// multi-byte sequence at the end is left out so that it can be shown whole once the rest
-// arrives. Invalid bytes are never held back.
-[[nodiscard]] qsizetype completeUtf8Length(const QByteArray &bytes);
 
 // `text` (line feeds as line ends) with a line feed added wherever a line would grow beyond
 // `longestLineChars`, given that the line it continues already holds `currentLineChars`. A
