@@ -283,8 +283,9 @@ private:
         const int one = 1;
         ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
         const std::string greeting = "OK:Connected" + std::string(kPrompt);
-        const std::string reply = std::string(kCommand) + "\r\nOK:\r\n00 : " +
-                                  std::string(16 * 3, '0') + "\r\n" + std::string(kPrompt);
+        const std::string reply = std::string(kCommand) +
+                                  "\r\nOK:\r\n00 : " + std::string(16 * 3, '0') + "\r\n" +
+                                  std::string(kPrompt);
         bool ok = ::send(fd, greeting.data(), greeting.size(), MSG_NOSIGNAL) > 0;
         char buffer[4096];
         std::string line;

@@ -1,8 +1,8 @@
 // A register map file as a user or a tool chain writes it (TOML or IP-XACT): parsed and checked,
 // and a map that stands is added beside the built-in one and read back as a snapshot.
 #include "fuzzinput.h"
-#include "regs/registercatalog.h"
 #include "regs/ipxactimport.h"
+#include "regs/registercatalog.h"
 #include "regs/registermapparser.h"
 #include "regs/registersnapshot.h"
 #include "regs/registervalue.h"

@@ -16,7 +16,8 @@ struct Bench
     Bench()
     {
         fuzzApplication();
-        if (!simThread.start() || !outside.isValid() || !QDir(outside.path()).mkdir(QLatin1String(kInner)))
+        if (!simThread.start() || !outside.isValid() ||
+            !QDir(outside.path()).mkdir(QLatin1String(kInner)))
             __builtin_trap();
         QDir::setCurrent(outside.path());
         agent.setTarget(QHostAddress::LocalHost, simThread.udpPort());
@@ -46,8 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString line = QString::fromUtf8(bytes);
     (void)bench.interpreter.run(CommandInterpreter::withoutTerminator(line));
     // Whatever the line, no file appears outside the folder (names with ".." or "/" included).
-    if (QDir(bench.outside.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System |
-                                             QDir::Hidden) != QStringList{QLatin1String(Bench::kInner)})
+    if (QDir(bench.outside.path())
+            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System | QDir::Hidden) !=
+        QStringList{QLatin1String(Bench::kInner)})
         __builtin_trap();
     // Whatever the line, the agent still talks only to the emulator.
     if (bench.agent.targetPort() != bench.simThread.udpPort() ||

@@ -3,11 +3,11 @@
 // turned into text to append at the end, so a line that arrives in several pieces stays one line.
 #pragma once
 
+#include "app/utf8piecedecoder.h"
 #include "modules/rs232clayout.h"
 
 #include <QByteArray>
 #include <QString>
-#include <QStringDecoder>
 #include <QTime>
 
 #include <array>
@@ -42,6 +42,5 @@ private:
     int m_lineBytes = 0;
     bool m_anyLine = false;
     std::array<bool, Rs232c::kConnectorCount> m_afterCr{};
-    std::array<QStringDecoder, Rs232c::kConnectorCount> m_decoders{
-        {QStringDecoder(QStringDecoder::Utf8), QStringDecoder(QStringDecoder::Utf8)}};
+    std::array<Utf8PieceDecoder, Rs232c::kConnectorCount> m_decoders;
 };

@@ -8,7 +8,7 @@
 
 namespace {
 
-QString converted(QStringDecoder &decoder, const QByteArray &bytes, TextAreaFeed::Form form)
+QString converted(Utf8PieceDecoder &decoder, const QByteArray &bytes, TextAreaFeed::Form form)
 {
     switch (form) {
     case TextAreaFeed::Form::Hex:
@@ -54,7 +54,7 @@ TextAreaFeed *TextAreaFeed::of(QWidget *area)
 void TextAreaFeed::enqueue(const QByteArray &data, Form form)
 {
     if (!m_scheduled && data.size() <= kSliceBytes) {
-        QStringDecoder decoder(QStringDecoder::Utf8);
+        Utf8PieceDecoder decoder;
         appendSlice(converted(decoder, data, form));
         return;
     }

@@ -3,10 +3,11 @@
 // area keeps only the latest blocks. Short data goes in at once, after whatever is still queued.
 #pragma once
 
+#include "app/utf8piecedecoder.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QObject>
-#include <QStringDecoder>
 
 class QPlainTextEdit;
 class QTextDocument;
@@ -33,7 +34,7 @@ private:
         QByteArray data;
         Form form = Form::Text;
         qsizetype at = 0;
-        QStringDecoder decoder{QStringDecoder::Utf8};
+        Utf8PieceDecoder decoder;
     };
 
     explicit TextAreaFeed(QWidget *area);

@@ -76,7 +76,8 @@ void RCClient::sendPrompt()
 bool RCClient::finishCommand(const QString &command)
 {
     flushEcho(); // a command answered by silence leaves its echo here
-    if (CommandInterpreter::firstWord(CommandInterpreter::withoutTerminator(command)) != QLatin1String("quit")) {
+    if (CommandInterpreter::firstWord(CommandInterpreter::withoutTerminator(command)) !=
+        QLatin1String("quit")) {
         m_serving = false;
         // New bytes bring readyRead(); only those already here need a nudge.
         if (m_socket && (m_inputAt < m_input.size() || m_socket->bytesAvailable() > 0))

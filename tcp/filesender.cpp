@@ -25,7 +25,7 @@ bool FileSender::open(const TransferRun &run)
     m_showData = run.displayMode != TCPOutputOption::kDisplayOff;
     m_layout = run.layout;
     m_decoder.reset();
-    m_shownText.resetState();
+    m_shownText.restart();
     m_sent = m_queuedFileBytes = m_queuedPayload = m_writtenPayload = m_displayed = 0;
     m_batchEnds.clear();
     m_atEnd = false;

@@ -5,6 +5,7 @@
 // the write time-out the run stalls.
 #pragma once
 
+#include "app/utf8piecedecoder.h"
 #include "tcp/hexlayout.h"
 #include "tcp/hextextdecoder.h"
 #include "tcp/progressthrottle.h"
@@ -13,7 +14,6 @@
 #include <QFile>
 #include <QList>
 #include <QObject>
-#include <QStringDecoder>
 
 class QTcpSocket;
 class QTimer;
@@ -65,7 +65,7 @@ private:
     HexLayout m_layout;
     HexTextDecoder m_decoder;
     // A character of a hex text file may be split between two chunks: it is shown once whole.
-    QStringDecoder m_shownText{QStringDecoder::Utf8};
+    Utf8PieceDecoder m_shownText;
     QTcpSocket *m_socket = nullptr;
     QTimer *m_stallTimer = nullptr;
     qint64 m_fileSize = 0;

@@ -1,8 +1,8 @@
 // Records received bytes into the receive file. The bytes are gathered into large blocks and
 // written out when a block is full and whenever the owner asks (each second, at the end); a large
-// raw block is written as it came. Hex text is rendered into the block. A write the system cuts short is
-// continued, so that a failure (a full disk) always comes with the system's reason; what was
-// written stays in the file as it is.
+// raw block is written as it came. Hex text is rendered into the block. A write the system cuts
+// short is continued, so that a failure (a full disk) always comes with the system's reason; what
+// was written stays in the file as it is.
 #pragma once
 
 #include "tcp/hexlayout.h"

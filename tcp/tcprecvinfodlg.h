@@ -2,10 +2,10 @@
 // shows size, time, rate and, optionally, the received data as text or hex text.
 #pragma once
 
+#include "app/utf8piecedecoder.h"
 #include "tcp/ratesampler.h"
 #include "tcp/tcpthread.h"
 #include "tcp/transferfigurefields.h"
-#include "tcp/utf8piecedecoder.h"
 
 #include <QDialog>
 #include <QElapsedTimer>

@@ -107,6 +107,7 @@ private slots:
         QTest::addRow("CR LF split, empty line kept") << false << false << QByteArrayList{"E:a\r", "E:\n\nb"} << "DTE> a\nDTE> \nDTE> b";
         QTest::addRow("the other connector starts a line") << false << false << QByteArrayList{"E:ab", "C:cd", "E:ef"} << "DTE> ab\nDCE> cd\nDTE> ef";
         QTest::addRow("UTF-8 split") << false << false << QByteArrayList{"C:\xc2", "C:\xb5"} << "DCE> \u00b5";
+        QTest::addRow("a character cut off loses nothing after it") << false << false << QByteArrayList{"C:\xe3", "C:ab"} << "DCE> \ufffdab";
         QTest::addRow("control characters escaped") << false << false << QByteArrayList{QByteArray("E:\x00\x7f\tx", 6)} << "DTE> \\x00\\x7f\tx";
         QTest::addRow("hex, 16 bytes a line") << true << false << QByteArrayList{"E:abcdefghijklmnopq"} << "DTE> 61 62 63 64 65 66 67 68 69 6a 6b 6c 6d 6e 6f 70\nDTE> 71";
         QTest::addRow("time stamps, a line a piece") << false << true << QByteArrayList{"E:a", "E:b\n"} << "12:34:56.789 DTE> a\n12:34:56.789 DTE> b";

@@ -9,7 +9,7 @@
 #include "tcp/tcpconnection.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferrunner.h"
-#include "tcp/utf8piecedecoder.h"
+#include "app/utf8piecedecoder.h"
 #include "testtable.h"
 
 #include <QtNetwork>

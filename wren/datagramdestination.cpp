@@ -23,8 +23,8 @@ void DatagramDestination::aim(qintptr fd, const QHostAddress &address, quint16 p
         to->sin_port = qToBigEndian(port);
         to->sin_addr.s_addr = qToBigEndian(ipv4);
         m_length = sizeof *to;
-    } else if (local.ss_family == AF_INET6 && (isIPv4 || address.protocol() ==
-                                                                QAbstractSocket::IPv6Protocol)) {
+    } else if (local.ss_family == AF_INET6 &&
+               (isIPv4 || address.protocol() == QAbstractSocket::IPv6Protocol)) {
         auto *to = reinterpret_cast<sockaddr_in6 *>(&m_address);
         *to = {};
         to->sin6_family = AF_INET6;
@@ -47,8 +47,8 @@ bool DatagramDestination::send(qintptr fd, const char *data, qsizetype size) con
 {
     // A datagram leaves whole or not at all.
     for (;;) {
-        if (::sendto(int(fd), data, size_t(size), 0,
-                     reinterpret_cast<const sockaddr *>(&m_address), m_length) >= 0)
+        if (::sendto(int(fd), data, size_t(size), 0, reinterpret_cast<const sockaddr *>(&m_address),
+                     m_length) >= 0)
             return true;
         if (errno != EINTR)
             return false;

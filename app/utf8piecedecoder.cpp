@@ -1,4 +1,4 @@
-#include "tcp/utf8piecedecoder.h"
+#include "app/utf8piecedecoder.h"
 
 namespace {
 
