@@ -25,7 +25,9 @@ class FileSender : public QObject
 
 public:
     static constexpr qint64 kChunkBytes = 1024;
-    static constexpr qint64 kBatchBytes = 1024 * 1024;
+    // The socket writes one queued block each time the system can take more; a block as large as
+    // the system's largest send buffer (4 MiB on Linux) lets each of those writes fill it.
+    static constexpr qint64 kBatchBytes = 4 * 1024 * 1024;
     // File bytes shown as sent text at most, when Show Data is on.
     static constexpr qint64 kDisplayLimitBytes = 65536;
     // Progress figures are spaced so that a fast transfer does not flood the GUI's event queue.
