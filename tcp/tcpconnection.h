@@ -18,7 +18,7 @@ class TcpConnection : public QObject
 
 public:
     // Bytes the socket may hold unread; beyond it the device is held back by TCP flow control.
-    static constexpr qint64 kReadBufferBytes = 256 * 1024;
+    static constexpr qint64 kReadBufferBytes = 1024 * 1024;
 
     explicit TcpConnection(QObject *parent = nullptr);
     ~TcpConnection() override;
