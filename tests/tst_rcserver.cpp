@@ -107,6 +107,8 @@ private slots:
         row("help quit, help foo", {"help quit\r\n", "help foo\r\n"}, {E("help quit\r\n") + kHelpQuit, E("help foo\r\n") + "NG:invalid help command" + P});
         row("upper case, empty line", {"READ 0 4\r\n", "\r\n"}, {E("READ 0 4\r\n") + kUnknown, E("\r\n") + kUnknown});
         row("quit with blanks", {"quit   \r\n"}, {E("quit   \r\n") + "Bye-Bye!\r\n"});
+        row("quit after blanks", {"  quit\r\n"}, {E("  quit\r\n") + "Bye-Bye!\r\n"});
+        row("quitx is no quit", {"quitx\r\n", "quit\r\n"}, {E("quitx\r\n") + kUnknown, E("quit\r\n") + "Bye-Bye!\r\n"});
         row("typed one key at a time", {"r", "e", "a", "d", " ", "1", "0", " ", "4", "\r\n"}, {"r", "e", "a", "d", " ", "1", "0", " ", "4", E("\r\n") + kDump10});
         // Scripts: every line end counts, wherever it falls
         row("batch in one segment", {"write 1000 DEADBEEF\nread 1000 4\nquit\n"}, {E("write 1000 DEADBEEF\n") + E("read 1000 4\n") + "OK:\r\n1000 : DE AD BE EF \r\n" + P + E("quit\n") + "Bye-Bye!\r\n"});

@@ -47,8 +47,13 @@ private slots:
         // shownFormat empty: Show Data off; shown: the first line shown and the bytes covered
         columns<QByteArray, bool, QString, QByteArray, QString>("file", "hexFile", "shownFormat", "bytes", "shown");
         const QByteArray large(3 * 1024 * 1024 + 1, '\x5a');
+        QByteArray varied(9 * 1024 * 1024 + 1, '\0'); // over two of the sender's 4 MiB batches
+        for (qsizetype i = 0; i < varied.size(); ++i)
+            varied[i] = char(i * 7 % 251);
         QTest::addRow("3 MiB and a byte") << large << false << "" << large << " 0";
         QTest::addRow("empty file") << QByteArray() << false << "" << QByteArray() << " 0";
+        QTest::addRow("9 MiB and a byte, in order") << varied << false << "" << varied << " 0";
+        QTest::addRow("hex text: a byte across two batches") << QByteArray(4 * 1024 * 1024 - 1, ' ') + "aB\r\n" << true << "" << QByteArray("\xab") << " 0";
         QTest::addRow("shown up to 64 KiB") << large << false << "2-2" << large << "5A5A-5A5A 65536";
         QTest::addRow("hex text: CR LF lines, mixed case, separators") << QByteArray("7A 48\r\n[21-9a];\r\n") << true << "" << QByteArray("zH!\x9a") << " 0";
         QTest::addRow("hex text: junk and a lone nibble") << QByteArray("0A 0b\r\nz1") << true << "" << QByteArray("\x0a\x0b") << " 0";
