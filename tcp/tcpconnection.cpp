@@ -65,6 +65,7 @@ void TcpConnection::release()
     m_socket = nullptr;
     m_exists = false;
     LOG_INFO_MSG("socket closed");
+    emit released();
 }
 
 void TcpConnection::onError(QAbstractSocket::SocketError error)

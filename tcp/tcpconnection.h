@@ -49,6 +49,8 @@ public:
 signals:
     void readyRead();
     void closeDue();
+    // The socket is gone (closed, aborted or dropped); exists() is false from here on.
+    void released();
     // The connection broke (a wait that timed out is reported by whoever waited).
     void failed(QAbstractSocket::SocketError error, const QString &reason);
 

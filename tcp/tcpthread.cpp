@@ -34,6 +34,7 @@ TCPThread::TCPThread(QThread *thread, QObject *parent)
     moveToThread(thread);
     connect(m_connection, &TcpConnection::failed, this, &TCPThread::onSocketError);
     connect(m_connection, &TcpConnection::closeDue, this, &TCPThread::closeSocket);
+    connect(m_connection, &TcpConnection::released, this, &TCPThread::socketClosed);
     connect(m_sender, &FileSender::shown, this,
             [this](const QString &text, qint64 from, qint64 bytes) {
                 emit sendStringAdded(text, true, from, bytes);

@@ -75,6 +75,8 @@ signals:
     void sendProgress(qint64 sentSize, qint64 fileSize, qint64 elpasedMsec);
     void recvProgress(qint64 recvSize);
     void errorOccured(TCPTHREAD_ERROR error);
+    // The socket is gone: hasSocket() is false from here on (for whoever waits for the close).
+    void socketClosed();
     // What the message area was told about a run, for the dialog of that direction to show.
     void recvReported(const QString &text, bool error);
     void sendReported(const QString &text, bool error);

@@ -4,17 +4,12 @@
 #include "tcp/tcpthread.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
-
-namespace {
-constexpr int kSocketCloseStepMs = 10;
-} // namespace
 
 TransferRunner::TransferRunner(Direction direction, const QString &host, quint16 port,
                                int timeoutMs, QObject *parent)
@@ -151,13 +146,14 @@ void TransferRunner::onReported(const QString &text, bool error)
 
 // Both directions are stopped once the status is TS_STOP, but the socket may still be closing:
 // the worker gives a stuck device its time-out to take the rest.
+// The worker gives a slow device its time-out to take the rest, after the close reservation.
 void TransferRunner::waitForSocketClose()
 {
-    const QDeadlineTimer deadline(m_timeoutMs + m_closeReserveMs);
-    while (m_worker->hasSocket() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, kSocketCloseStepMs);
-        QThread::msleep(kSocketCloseStepMs);
-    }
+    QEventLoop loop;
+    connect(m_worker, &TCPThread::socketClosed, &loop, &QEventLoop::quit);
+    QTimer::singleShot(m_timeoutMs + m_closeReserveMs, &loop, &QEventLoop::quit);
+    if (m_worker->hasSocket()) // asked after connecting, so that a close in between is not missed
+        loop.exec();
 }
 
 // What the file holds: the worker reads what the socket holds in chunks, so a receive stopped at
