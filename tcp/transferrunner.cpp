@@ -3,7 +3,6 @@
 #include "tcp/tcpoutputoption.h"
 #include "tcp/tcpthread.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
