@@ -99,12 +99,9 @@ QString CommandInterpreter::withoutTerminator(const QString &line)
 
 QStringView CommandInterpreter::firstWord(QStringView command)
 {
-    const qsizetype start = [command] {
-        qsizetype at = 0;
-        while (at < command.size() && command.at(at) == u' ')
-            ++at;
-        return at;
-    }();
+    qsizetype start = 0;
+    while (start < command.size() && command.at(start) == u' ')
+        ++start;
     const qsizetype end = command.indexOf(u' ', start);
     return command.sliced(start, (end < 0 ? command.size() : end) - start);
 }

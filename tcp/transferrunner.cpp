@@ -143,9 +143,8 @@ void TransferRunner::onReported(const QString &text, bool error)
         m_result.errorText = text;
 }
 
-// Both directions are stopped once the status is TS_STOP, but the socket may still be closing:
-// the worker gives a stuck device its time-out to take the rest.
-// The worker gives a slow device its time-out to take the rest, after the close reservation.
+// Both directions are stopped once the status is TS_STOP, but the socket may still be closing: the
+// worker gives a slow device its time-out to take the rest, after the close reservation.
 void TransferRunner::waitForSocketClose()
 {
     QEventLoop loop;

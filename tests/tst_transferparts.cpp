@@ -1,6 +1,7 @@
 // The transfer worker's parts on their own: the recorder and the receive stream with real files
 // (and /dev/full as the full disk), the display tail, the progress throttle, the text decoder of
 // the display, and the connection and whole runs against the emulator's data port on loopback.
+#include "app/utf8piecedecoder.h"
 #include "sim/simdataport.h"
 #include "tcp/displaytail.h"
 #include "tcp/progressthrottle.h"
@@ -9,7 +10,6 @@
 #include "tcp/tcpconnection.h"
 #include "tcp/tcpoutputoption.h"
 #include "tcp/transferrunner.h"
-#include "app/utf8piecedecoder.h"
 #include "testtable.h"
 
 #include <QtNetwork>
