@@ -194,6 +194,29 @@ private slots:
         QCOMPARE(access(agent, true, kUnansweredTimeoutMs, &data), -1);
         QCOMPARE(data, hex("DEADBEEF"));
     }
+    // A reply is taken at once or, later than the first moment's wait on the socket, through the
+    // event loop.
+    void lateReplyArrives_data()
+    {
+        columns<QString>("delay");
+        QTest::addRow("at once") << "0";
+        QTest::addRow("after 20 ms") << "20";
+        QTest::addRow("after 150 ms") << "150";
+    }
+    void lateReplyArrives()
+    {
+        QFETCH(QString, delay);
+        WrenAgent agent;
+        agent.setTarget(QHostAddress(QHostAddress::LocalHost), m_sim.udpPort());
+        sim()->setFaults(faultsFrom({"delay:" + delay}));
+        QElapsedTimer clock;
+        clock.start();
+        QByteArray data;
+        QCOMPARE(access(agent, true, 2000, &data), -1);
+        QCOMPARE(data.size(), 4);
+        QVERIFY(clock.elapsed() >= delay.toInt());
+        QVERIFY(clock.elapsed() < 1000);
+    }
     // While an access waits, timers keep firing; an access asked for from one of them is refused at
     // once instead of nesting its wait; abort() ends the wait as a time-out.
     void waitKeepsTheEventLoopRunning()

@@ -5,13 +5,13 @@
 #include "app/log.h"
 #include "wren/wrenpacket.h"
 #include "wren/wrenreport.h"
+#include "wren/wrensocket.h"
 
 #include <QDeadlineTimer>
 #include <QPointer>
-#include <QUdpSocket>
 
 #include <algorithm>
-#include <poll.h>
+#include <utility>
 
 namespace {
 constexpr quint32 kCommandKindRegister = 1;
@@ -21,7 +21,7 @@ constexpr qint64 kMaxDatagramBytes = 2048;
 // A device on the local network answers within microseconds: a wait this short on the socket alone
 // catches most replies without a round of the event loop, and is far too short for the window to
 // notice.
-constexpr long kQuickWaitNs = 1000 * 1000;
+constexpr int kQuickWaitUs = 1000;
 
 // An IPv4 sender as the user knows it, not in the IPv4-mapped form of a dual-stack socket.
 QString plainAddress(const QHostAddress &address)
@@ -32,18 +32,21 @@ QString plainAddress(const QHostAddress &address)
 }
 } // namespace
 
-WrenAgent::WrenAgent(QObject *parent) : QObject(parent), m_gate(new AccessGate(this)) {}
+WrenAgent::WrenAgent(QObject *parent)
+    : QObject(parent), m_gate(new AccessGate(this)),
+      m_datagram(kMaxDatagramBytes, Qt::Uninitialized)
+{
+}
 
 void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
 {
     m_targetAddress = address;
     if (udpPort == m_targetPort) {
-        aimDestination();
+        if (m_socket)
+            m_socket->aim(address, udpPort);
         return;
     }
     if (m_socket) {
-        disconnect(m_socket, &QUdpSocket::readyRead, nullptr, nullptr);
-        m_socket->close();
         // An access waiting on it further down the stack lets it go on its own.
         if (m_gate->isWaiting())
             m_socket->deleteLater();
@@ -52,18 +55,10 @@ void WrenAgent::setTarget(const QHostAddress &address, quint16 udpPort)
         m_socket = nullptr;
     }
     m_targetPort = udpPort;
-    m_socket = new QUdpSocket(this);
-    if (!m_socket->bind(0))
+    m_socket = new WrenSocket(kQuickWaitUs, this);
+    if (!m_socket->isBound())
         LOG_ERROR(tr("UDP socket bind error"));
-    aimDestination();
-}
-
-void WrenAgent::aimDestination()
-{
-    if (m_socket)
-        m_destination.aim(m_socket->socketDescriptor(), m_targetAddress, m_targetPort);
-    else
-        m_destination.clear();
+    m_socket->aim(address, udpPort);
 }
 
 void WrenAgent::follow(const DeviceTarget *target)
@@ -129,14 +124,9 @@ void WrenAgent::send(const WrenPacket &request)
     if (!m_socket) {
         why = tr("no target UDP port is set");
     } else {
-        const QByteArray bytes = request.toByteArray();
-        // Qt sends what the plain path could not, and words the failure as it does everywhere.
-        if (m_destination.isValid() &&
-            m_destination.send(m_socket->socketDescriptor(), bytes.constData(), bytes.size()))
+        if (m_socket->send(request.toByteArray()))
             return;
-        if (m_socket->writeDatagram(bytes, m_targetAddress, m_targetPort) != -1)
-            return;
-        why = m_socket->errorString();
+        why = tr("Unable to send a message");
     }
     LOG_ERROR(request.header().isRead() ? tr("WREN send, fail to send read command packet")
                                         : tr("WREN send, fail to send write command packet"));
@@ -145,22 +135,18 @@ void WrenAgent::send(const WrenPacket &request)
 
 QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
 {
-    const QPointer<QUdpSocket> socket = m_socket;
-    const auto pending = [&socket] { return socket && socket->hasPendingDatagrams(); };
+    const QPointer<WrenSocket> socket = m_socket;
     QStringList discarded;
     const QDeadlineTimer deadline(std::max(timeoutMs, 0), Qt::PreciseTimer);
-    bool readable = replyArrivesSoon();
+    // The first read waits on the socket alone for a moment: a device nearby has answered by then,
+    // without a round of the event loop.
+    bool wait = true;
     for (;;) {
-        while (readable || pending()) {
-            readable = false;
-            m_datagram.resize(kMaxDatagramBytes);
-            quint16 senderPort = 0;
-            const qint64 size =
-                socket->readDatagram(m_datagram.data(), m_datagram.size(), &m_sender, &senderPort);
-            if (size < 0)
-                break;
+        qint64 size = -1;
+        while (socket && (size = socket->receive(m_datagram.data(), m_datagram.size(),
+                                                 std::exchange(wait, false))) >= 0) {
             QByteArray bytes(m_datagram.constData(), size);
-            const QString why = mismatch(m_sender, senderPort, bytes, request);
+            const QString why = mismatch(*socket, bytes, request);
             if (why.isEmpty())
                 return checkReply(request, WrenPacket(std::move(bytes), false));
             LOG_ERROR(why);
@@ -169,8 +155,11 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
         const qint64 leftMs = deadline.remainingTime();
         if (!socket || leftMs <= 0)
             break;
+        socket->setWatching(true);
         const AccessGate::WaitResult result =
-            m_gate->waitFor(socket.data(), &QUdpSocket::readyRead, int(leftMs), pending);
+            m_gate->waitFor(socket.data(), &WrenSocket::readable, int(leftMs));
+        if (socket)
+            socket->setWatching(false);
         if (result == AccessGate::WaitResult::Aborted)
             failTimeout(request, givenUpText());
     }
@@ -180,15 +169,6 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
                                       : tr("%n datagram(s) discarded: %1", nullptr, int(count))
                                             .arg(discarded.join(QStringLiteral("; ")));
     failTimeout(request, reason);
-}
-
-bool WrenAgent::replyArrivesSoon() const
-{
-    if (!m_socket || m_socket->socketDescriptor() < 0)
-        return false;
-    pollfd watched{int(m_socket->socketDescriptor()), POLLIN, 0};
-    const timespec wait{0, kQuickWaitNs};
-    return ::ppoll(&watched, 1, &wait, nullptr) == 1 && (watched.revents & POLLIN);
 }
 
 // A plain write time-out is left to the caller to report.
@@ -201,14 +181,13 @@ void WrenAgent::failTimeout(const WrenPacket &request, const QString &reason)
 
 // A datagram belongs to the request when it comes from the target and echoes the request's
 // packet ID, R/W bit and address; anything else is late, duplicated or foreign.
-QString WrenAgent::mismatch(const QHostAddress &sender, quint16 senderPort, const QByteArray &bytes,
+QString WrenAgent::mismatch(const WrenSocket &socket, const QByteArray &bytes,
                             const WrenPacket &request) const
 {
-    if (!sender.isEqual(m_targetAddress, QHostAddress::ConvertV4MappedToIPv4) ||
-        senderPort != m_targetPort)
+    if (!socket.senderIsTarget())
         return tr("WREN Recv, datagram from %1 port %2 is not from the target")
-            .arg(plainAddress(sender))
-            .arg(senderPort);
+            .arg(plainAddress(socket.senderAddress()))
+            .arg(socket.senderPort());
     if (bytes.size() < WrenHeader::headerSize())
         return tr("WREN Recv, datagram too short for a header");
     const WrenHeader reply(bytes);

@@ -3,7 +3,6 @@
 // returns its data or throws WrenError.
 #pragma once
 
-#include "wren/datagramdestination.h"
 #include "wren/wrenerror.h"
 
 #include <QByteArray>
@@ -13,8 +12,8 @@
 
 class AccessGate;
 class DeviceTarget;
-class QUdpSocket;
 class WrenPacket;
+class WrenSocket;
 
 // Time-out every caller passes to an access.
 inline constexpr int kAccessTimeoutMs = 10000;
@@ -50,26 +49,21 @@ public:
 private:
     [[nodiscard]] quint8 takePacketId();
     void refuseNestedAccess();
-    void aimDestination();
     void send(const WrenPacket &request);
     QByteArray awaitReply(const WrenPacket &request, int timeoutMs);
-    [[nodiscard]] bool replyArrivesSoon() const;
     [[noreturn]] void failTimeout(const WrenPacket &request, const QString &reason);
     // Why a datagram is not the reply to `request`; empty when it is.
-    [[nodiscard]] QString mismatch(const QHostAddress &sender, quint16 senderPort,
-                                   const QByteArray &bytes, const WrenPacket &request) const;
+    [[nodiscard]] QString mismatch(const WrenSocket &socket, const QByteArray &bytes,
+                                   const WrenPacket &request) const;
     QByteArray checkReply(const WrenPacket &request, const WrenPacket &reply);
     [[noreturn]] static void fail(quint32 code, const QStringList &reasons);
 
     AccessGate *m_gate = nullptr;
     quint32 m_packetIdCounter = 0;
-    QUdpSocket *m_socket = nullptr;
+    WrenSocket *m_socket = nullptr;
     QHostAddress m_targetAddress{QHostAddress::LocalHost};
     const DeviceTarget *m_followed = nullptr;
     quint16 m_targetPort = 0;
-    // Reused by every access: a datagram is read here and only its bytes are copied out, and the
-    // sender's address object is assigned rather than made anew.
+    // Reused by every access: a datagram is read here and only its bytes are copied out.
     QByteArray m_datagram;
-    QHostAddress m_sender;
-    DatagramDestination m_destination;
 };

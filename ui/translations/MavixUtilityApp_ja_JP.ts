@@ -2150,6 +2150,10 @@ Dialog</source>
         <source>%1 (%2)</source>
         <translation>%1（%2）</translation>
     </message>
+    <message>
+        <source>Unable to send a message</source>
+        <translation>メッセージを送信できません</translation>
+    </message>
 </context>
 <context>
     <name>ZELGPIBTab</name>
