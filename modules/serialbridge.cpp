@@ -18,8 +18,12 @@ SerialBridge::SerialBridge(WrenAgent *agent, QObject *parent)
 {
     for (SerialConnectorSession *&one : m_sessions) {
         one = new SerialConnectorSession(agent->gate(), this);
-        connect(one, &SerialConnectorSession::closedByPeer, this, &SerialBridge::connectionChanged);
         const auto connector = Connector(&one - m_sessions.data());
+        connect(one, &SerialConnectorSession::closedByPeer, this, [this, connector](bool watched) {
+            if (watched)
+                emit monitorEnded(connector);
+            emit connectionChanged();
+        });
         connect(one, &SerialConnectorSession::arrived, this,
                 [this, connector](const QByteArray &data) { emit monitored(connector, data); });
     }

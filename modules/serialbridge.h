@@ -75,6 +75,8 @@ signals:
     void targetSettingChanged(MavixSetting setting);
     void connectionChanged();
     void monitored(Rs232c::Connector connector, QByteArray data);
+    // The device ended a connection that was being monitored.
+    void monitorEnded(Rs232c::Connector connector);
 
 private:
     // A monitor's wait, renewed while the connection stays quiet.

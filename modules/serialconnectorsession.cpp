@@ -153,9 +153,10 @@ void SerialConnectorSession::onDisconnected()
 {
     if (m_closing)
         return;
+    const bool wasWatched = m_watched;
     handOver();
     // The socket stays while it holds bytes not yet taken by receive().
     if (m_socket && m_socket->bytesAvailable() == 0)
         dropSocket();
-    emit closedByPeer();
+    emit closedByPeer(wasWatched);
 }

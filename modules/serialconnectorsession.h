@@ -45,8 +45,8 @@ public:
     [[nodiscard]] static QByteArray withDelimiter(const QString &text, int delimiter);
 
 signals:
-    // The device ended the connection by itself.
-    void closedByPeer();
+    // The device ended the connection by itself; wasWatched: while it was being watched.
+    void closedByPeer(bool wasWatched);
     void arrived(QByteArray data);
 
 private:

@@ -1,4 +1,5 @@
 // The ZEL-RS232C tab against the emulator's serial bridge.
+#include "modules/serialbridge.h"
 #include "modules/zelrs232ctab.h"
 #include "sim/simserialbridge.h"
 #include "simclient.h"
@@ -166,6 +167,21 @@ private slots:
         QTEST(f.reports.errors.join('|'), "errors");
         QFETCH(QString, shown);
         QTRY_COMPARE(f.w<QPlainTextEdit>("MonitorTextarea")->toPlainText(), shown);
+    }
+    // The device ends a watched connection (a newer one to DCE takes its place): the window says
+    // so.
+    void monitorEndedByTheDevice()
+    {
+        SerialFixture f;
+        QVERIFY(f.start());
+        f.click("ZELRS232cRead");
+        f.click("ZELRS232cMonitorDCEButton");
+        QTcpSocket newer;
+        newer.connectToHost(QHostAddress::LocalHost,
+                            f.tab.bridge()->runningPort(Rs232c::Connector::Dce));
+        QTRY_VERIFY(!f.w<QPushButton>("MonitorDCEButton")->isChecked());
+        QCOMPARE(f.reports.errors,
+                 QStringList{"ZEL-RS232C DCE monitor stopped: the device closed the connection"});
     }
     // Stopped, the connector's data waits for the prescribed Receive again.
     void stoppedMonitorLeavesDataToReceive()

@@ -1599,6 +1599,10 @@
 [表示が追いつかないため %1 文字を省略しました]
 </translation>
     </message>
+    <message>
+        <source>ZEL-RS232C %1 monitor stopped: the device closed the connection</source>
+        <translation>ZEL-RS232C %1 のモニターを停止しました: デバイスが接続を閉じました</translation>
+    </message>
 </context>
 <context>
     <name>ServerTab</name>
