@@ -126,7 +126,7 @@ void RCServer::execute(const PendingLine &line)
     if (!line.client || line.client->isDisposed())
         return; // the client left before its turn
     const QString command = CommandInterpreter::withoutTerminator(line.text);
-    emit logLine(tr("Client %1: %2").arg(line.client->id()).arg(command));
+    emit logLine(tr("Client %1: %2").arg(QString::number(line.client->id()), command));
     const CommandInterpreter::Result result = m_interpreter.run(command);
     for (const QString &entry : result.logLines)
         emit logLine(entry);
