@@ -45,7 +45,7 @@ void SerialMonitorPanel::setBridge(SerialBridge *bridge)
 {
     m_bridge = bridge;
     connect(m_bridge, &SerialBridge::monitored, this, &SerialMonitorPanel::take);
-    connect(m_bridge, &SerialBridge::monitorEnded, this, [this](Connector connector) {
+    connect(m_bridge, &SerialBridge::monitorEnded, this, [](Connector connector) {
         reportError(
             tr("ZEL-RS232C %1 monitor stopped: the device closed the connection")
                 .arg(connector == Connector::Dte ? QLatin1String("DTE") : QLatin1String("DCE")));
