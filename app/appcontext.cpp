@@ -6,7 +6,7 @@
 #include "tcp/tcpthread.h"
 #include "ui/mainwindow.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QThread>
 
 AppContext::AppContext(bool expert, bool serverMode, int uiPort, bool noTranslation,
@@ -50,8 +50,7 @@ void AppContext::stopTransfers()
 // most, and reports at loops 1, 2, 4, 8, ... so that a stuck close leaves a short trail in the log.
 void AppContext::waitForSocketClose()
 {
-    QElapsedTimer timer;
-    timer.start();
+    const QDeadlineTimer deadline(kSocketCloseWaitMs);
     qint64 loop = 1;
     qint64 nextReport = 1;
     while (m_worker->hasSocket()) {
@@ -59,7 +58,7 @@ void AppContext::waitForSocketClose()
             LOGF_INFO("waiting for tcp socket close [loop:%lld]", loop);
             nextReport *= 2;
         }
-        if (timer.elapsed() > kSocketCloseWaitMs - 1) {
+        if (deadline.hasExpired()) {
             LOGF_ERROR("canceled waiting for tcp socket close [timeout:%dms, loop:%lld]",
                        kSocketCloseWaitMs, loop);
             return;
