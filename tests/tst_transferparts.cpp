@@ -1,6 +1,6 @@
 // The transfer worker's parts on their own: the recorder and the receive stream with real files
 // (and /dev/full as the full disk), the display tail, the progress throttle, the text decoder of
-// the display, and the connection and whole runs against the emulator's data port on loopback.
+// the display, and the connection against the emulator's data port on loopback.
 #include "app/utf8piecedecoder.h"
 #include "sim/simdataport.h"
 #include "tcp/displaytail.h"
@@ -9,7 +9,6 @@
 #include "tcp/recvstream.h"
 #include "tcp/tcpconnection.h"
 #include "tcp/tcpoutputoption.h"
-#include "tcp/transferrunner.h"
 #include "testtable.h"
 
 #include <QtNetwork>
@@ -189,55 +188,6 @@ private slots:
         }
         QTEST(text, "text");
         QTEST(decoder.finish(), "end");
-    }
-    // Whole runs of the runner: a receive stopped at its byte limit, a send of a real file, a
-    // connection refused (%1: the port).
-    void runner_data()
-    {
-        // clang-format off
-        columns<bool, bool, qint64, qint64, qint64, QString>("receiving", "listening", "limit", "bytes", "fileSize", "error");
-        QTest::addRow("receive to a byte limit") << true << true << qint64(1000) << qint64(1000) << qint64(-1) << "";
-        QTest::addRow("send a file") << false << true << qint64(-1) << qint64(300000) << qint64(300000) << "";
-        QTest::addRow("refused") << true << false << qint64(-1) << qint64(0) << qint64(-1) << "Fail to connect to device: 127.0.0.1:%1 (Connection refused)";
-        // clang-format on
-    }
-    void runner()
-    {
-        QFETCH(bool, receiving);
-        QTemporaryDir dir;
-        const QString path = dir.filePath("data.bin");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray(300000, 'x')) == 300000);
-        file.close();
-        SimDataPort device;
-        device.setMode(receiving ? SimDataPort::Mode::Source : SimDataPort::Mode::Sink);
-        device.setSourceBytes(-1);
-        quint16 port = device.start(QHostAddress::LocalHost, 0);
-        QTcpServer closed; // free a moment ago, closed again
-        if (!cell<bool>("listening") && closed.listen(QHostAddress::LocalHost)) {
-            port = closed.serverPort();
-            closed.close();
-        }
-        using Direction = TransferRunner::Direction;
-        TransferRunner runner(receiving ? Direction::Receive : Direction::Send, "127.0.0.1", port,
-                              2000);
-        runner.setCloseReserveMs(50);
-        runner.setLimits(cell<qint64>("limit"), 3000); // the device sends without end
-        QVERIFY(runner.prepare(path));
-        const TransferResult result = runner.run();
-        QVERIFY(result.elapsedMs < 3000);
-        QTEST(result.bytes, "bytes");
-        QTEST(result.fileSize, "fileSize");
-        QCOMPARE(result.errorText, cell<QString>("error").replace("%1", QString::number(port)));
-        if (receiving && result.bytes > 0)
-            QCOMPARE(file.open(QIODevice::ReadOnly) ? file.readAll() : "",
-                     SimDataPort::pattern(0, 1000));
-        if (!receiving)
-            QVERIFY(device.waitForConnectionsDone(1, 2000) && device.totals().bytes == 300000);
-        if (!cell<bool>("listening")) { // a run that never connected leaves the file as it was
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QCOMPARE(file.readAll(), QByteArray(300000, 'x'));
-        }
     }
     // A long interval: only the first figure and forced ones go out, never one already sent.
     void throttle_data()
