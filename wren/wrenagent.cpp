@@ -22,6 +22,8 @@ constexpr qint64 kMaxDatagramBytes = 2048;
 // catches most replies without a round of the event loop, and is far too short for the window to
 // notice.
 constexpr int kQuickWaitUs = 1000;
+constexpr int kDatagramsPerTurn = 64;
+constexpr qsizetype kReasonsKept = 8;
 
 // An IPv4 sender as the user knows it, not in the IPv4-mapped form of a dual-stack socket.
 QString plainAddress(const QHostAddress &address)
@@ -136,21 +138,28 @@ void WrenAgent::send(const WrenPacket &request)
 QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
 {
     const QPointer<WrenSocket> socket = m_socket;
-    QStringList discarded;
+    // What a peer's datagrams leave here is bounded: a count, and a few distinct reasons.
+    qsizetype discarded = 0;
+    QStringList reasons;
     const QDeadlineTimer deadline(std::max(timeoutMs, 0), Qt::PreciseTimer);
     // The first read waits on the socket alone for a moment: a device nearby has answered by then,
     // without a round of the event loop.
     bool wait = true;
     for (;;) {
+        // A flood gets the event loop a turn between batches, and the deadline holds.
         qint64 size = -1;
-        while (socket && (size = socket->receive(m_datagram.data(), m_datagram.size(),
-                                                 std::exchange(wait, false))) >= 0) {
+        for (int taken = 0; socket && taken < kDatagramsPerTurn &&
+                            (size = socket->receive(m_datagram.data(), m_datagram.size(),
+                                                    std::exchange(wait, false))) >= 0;
+             ++taken) {
             QByteArray bytes(m_datagram.constData(), size);
             const QString why = mismatch(*socket, bytes, request);
             if (why.isEmpty())
                 return checkReply(request, WrenPacket(std::move(bytes), false));
             LOG_ERROR(why);
-            discarded << why;
+            ++discarded;
+            if (reasons.size() < kReasonsKept && !reasons.contains(why))
+                reasons << why;
         }
         const qint64 leftMs = deadline.remainingTime();
         if (!socket || leftMs <= 0)
@@ -163,11 +172,10 @@ QByteArray WrenAgent::awaitReply(const WrenPacket &request, int timeoutMs)
         if (result == AccessGate::WaitResult::Aborted)
             failTimeout(request, givenUpText());
     }
-    const qsizetype count = discarded.size();
-    discarded.removeDuplicates();
-    const QString reason = count == 0 ? QString()
-                                      : tr("%n datagram(s) discarded: %1", nullptr, int(count))
-                                            .arg(discarded.join(QStringLiteral("; ")));
+    const QString reason = discarded == 0
+                               ? QString()
+                               : tr("%n datagram(s) discarded: %1", nullptr, int(discarded))
+                                     .arg(reasons.join(QStringLiteral("; ")));
     failTimeout(request, reason);
 }
 
